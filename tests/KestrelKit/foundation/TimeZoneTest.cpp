@@ -123,8 +123,7 @@ TEST(TimeZone, ofTwoInstantsWithOneTimeTheEarlierCounts) {
 }
 
 TEST(TimeZone, dayWithoutMidnightStartsAtItsFirstInstant) {
-  // Brazil's clocks went from 23:59:59 to 01:00 on 4 November 2018; in 1906 Bombay's, 20 seconds ahead of the hour,
-  // did nothing of the kind, but Toronto's went from 23:30 to 00:30 on 30 March 1919.
+  // São Paulo's clocks went from midnight to 01:00 on 4 November 2018, Toronto's from 23:30 on 30 March 1919 to 00:30.
   EXPECT_EQ(named("America/Sao_Paulo").startOfDay(local_days{2018y / November / 4}),
             at(sys_days{2018y / November / 4} + 3h));
   EXPECT_EQ(named("America/Toronto").startOfDay(local_days{1919y / March / 31}),
