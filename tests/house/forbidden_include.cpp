@@ -1,0 +1,1 @@
+#include <KestrelKit/model/Disclaimer.h>
