@@ -6,6 +6,7 @@
 #include "StandardStreams.h"
 
 #include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/foundation/QuotedText.h>
 #include <KestrelKit/foundation/TimeZone.h>
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
@@ -51,7 +52,7 @@ void Program::addTimeZoneOption() {
           "--timezone",
           [](const std::string& name) {
             if (!TimeZone::named(name)) {
-              throw CLI::ValidationError("--timezone", '"' + name + "\" is not the name of a time zone");
+              throw CLI::ValidationError("--timezone", quoted(name) + " is not the name of a time zone");
             }
             setenv("TZ", name.c_str(), 1);
             tzset();

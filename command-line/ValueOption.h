@@ -1,6 +1,7 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <KestrelKit/foundation/QuotedText.h>
 
 #include <optional>
 #include <string>
@@ -18,7 +19,7 @@ CLI::Option* addValueOption(CLI::App& app, const std::string& name, std::optiona
       [name, expected, parse, &value](const std::string& text) {
         value = parse(text);
         if (!value) {
-          throw CLI::ValidationError(name, '"' + text + "\" is not " + expected);
+          throw CLI::ValidationError(name, quoted(text) + " is not " + expected);
         }
       },
       description);
