@@ -19,7 +19,7 @@ CLI::Option* addValueOption(CLI::App& app, const std::string& name, std::optiona
       [name, expected, parse, &value](const std::string& text) {
         value = parse(text);
         if (!value) {
-          throw CLI::ValidationError(name, quoted(text) + " is not " + expected);
+          throw CLI::ValidationError(name, kestrel::quoted(text) + " is not " + expected);
         }
       },
       description);

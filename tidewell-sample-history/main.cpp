@@ -51,7 +51,7 @@ int main(int argc, char** argv) {
   std::optional<std::int64_t> seed;
   auto& arguments = program.arguments();
   constexpr double largestSeed = 9'007'199'254'740'991;  // Beyond, not every whole number is a 64-bit float.
-  arguments.add_option("path", path, "The database to write. Its folder must exist.")
+  arguments.add_option("PATH", path, "The database to write. Its folder must exist.")
       ->type_name("PATH")
       ->required();
   addValueOption(arguments, "--messages", messages, wholeNumber(0, SampleHistory::mostMessages),
