@@ -5,8 +5,34 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace kestrel {
+namespace {
+
+Argument argumentOf(const CLI::Option& option) {
+  Argument argument;
+  argument.positional = option.get_positional();
+  argument.required = option.get_required();
+  argument.value = option.get_items_expected_max() == 0 ? "" : option.get_type_name();
+  argument.description = option.get_description();
+  if (!option.get_default_str().empty()) {
+    argument.description += fmt::format(" Default: {}.", option.get_default_str());
+  }
+  if (argument.positional) {
+    argument.names.push_back(argument.value);
+  }
+  for (const auto& name : option.get_snames()) {
+    argument.names.push_back("-" + name);
+  }
+  for (const auto& name : option.get_lnames()) {
+    argument.names.push_back("--" + name);
+  }
+  return argument;
+}
+
+}  // namespace
 
 std::string Argument::synopsis() const {
   const auto all = fmt::format("{}", fmt::join(names, ", "));
@@ -21,30 +47,16 @@ std::string_view Argument::brief() const {
 }
 
 std::vector<Argument> argumentsOf(const CLI::App& app) {
-  std::vector<Argument> arguments;
+  std::vector<Argument> positional;
+  std::vector<Argument> required;
+  std::vector<Argument> others;
   for (const CLI::Option* option : app.get_options()) {
-    Argument argument;
-    argument.positional = option->get_positional();
-    argument.required = option->get_required();
-    argument.value = option->get_items_expected_max() == 0 ? "" : option->get_type_name();
-    argument.description = option->get_description();
-    if (!option->get_default_str().empty()) {
-      argument.description += fmt::format(" Default: {}.", option->get_default_str());
-    }
-    if (argument.positional) {
-      argument.names.push_back(argument.value);
-    }
-    for (const auto& name : option->get_snames()) {
-      argument.names.push_back("-" + name);
-    }
-    for (const auto& name : option->get_lnames()) {
-      argument.names.push_back("--" + name);
-    }
-    arguments.push_back(argument);
+    const Argument argument = argumentOf(*option);
+    (argument.positional ? positional : argument.required ? required : others).push_back(argument);
   }
-  std::ranges::stable_sort(arguments, {}, [](const Argument& argument) {
-    return argument.positional ? 0 : argument.required ? 1 : 2;
-  });
+  std::vector<Argument> arguments = std::move(positional);
+  std::ranges::move(required, std::back_inserter(arguments));
+  std::ranges::move(others, std::back_inserter(arguments));
   return arguments;
 }
 

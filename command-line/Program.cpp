@@ -52,7 +52,8 @@ void Program::addTimeZoneOption() {
           "--timezone",
           [](const std::string& name) {
             if (!TimeZone::named(name)) {
-              throw CLI::ValidationError("--timezone", kestrel::quoted(name) + " is not the name of a time zone");
+              throw CLI::ValidationError("--timezone",
+                                         kestrel::quoted(name) + " is not the name of a time zone");
             }
             setenv("TZ", name.c_str(), 1);
             tzset();

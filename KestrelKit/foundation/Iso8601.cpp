@@ -1,7 +1,9 @@
+#include <KestrelKit/foundation/CivilDay.h>
 #include <KestrelKit/foundation/Iso8601.h>
 
 #include <fmt/format.h>
 
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -11,51 +13,47 @@ namespace {
 
 using namespace std::chrono;
 
-constexpr sys_seconds earliest = sys_days{1y / January / 1};
-constexpr sys_seconds afterLatest = sys_days{year{10000} / January / 1};
+// The years 0001 to 9999.
+constexpr sys_seconds begin = sys_days{1y / January / 1};
+constexpr sys_seconds end = sys_days{year{10000} / January / 1};
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+// The two digits at the start of `text`, at most `most`; they are taken from it.
+std::optional<int> takeNumber(std::string_view& text, int most) noexcept {
+  const auto isDigit = [&](std::size_t place) { return text[place] >= '0' && text[place] <= '9'; };
+  if (text.size() < 2 || !isDigit(0) || !isDigit(1)) {
+    return std::nullopt;
+  }
+  int number = 0;
+  std::from_chars(text.data(), text.data() + 2, number);
+  text.remove_prefix(2);
+  return number <= most ? std::optional{number} : std::nullopt;
+}
 
-// Whether `text` has the shape of `pattern`, in which 0 stands for any digit and ± for either sign.
-constexpr bool matches(std::string_view text, std::string_view pattern) noexcept {
-  if (text.size() != pattern.size()) {
+bool take(std::string_view& text, char wanted) noexcept {
+  if (!text.starts_with(wanted)) {
     return false;
   }
-  for (std::size_t place = 0; place < text.size(); ++place) {
-    const char wanted = pattern[place];
-    const char found = text[place];
-    const bool fits = wanted == '0' ? isDigit(found) : wanted == '+' ? found == '+' || found == '-' : found == wanted;
-    if (!fits) {
-      return false;
-    }
-  }
+  text.remove_prefix(1);
   return true;
 }
 
-constexpr int numberAt(std::string_view text, std::size_t place, std::size_t digits) noexcept {
-  int number = 0;
-  for (const char digit : text.substr(place, digits)) {
-    number = number * 10 + (digit - '0');
-  }
-  return number;
-}
-
-// What local time is ahead of UTC by.
+// What local time is ahead of UTC by: `Z`, `+02:00` or `+0200`.
 std::optional<minutes> offsetFrom(std::string_view designator) noexcept {
   if (designator == "Z") {
     return minutes{0};
   }
-  const bool colon = matches(designator, "+00:00");
-  if (!colon && !matches(designator, "+0000")) {
+  const bool behind = take(designator, '-');
+  if (!behind && !take(designator, '+')) {
     return std::nullopt;
   }
-  const int hour = numberAt(designator, 1, 2);
-  const int minute = numberAt(designator, colon ? 4 : 3, 2);
-  if (hour > 23 || minute > 59) {
+  const auto hour = takeNumber(designator, 23);
+  take(designator, ':');
+  const auto minute = takeNumber(designator, 59);
+  if (!hour || !minute || !designator.empty()) {
     return std::nullopt;
   }
-  const minutes ahead = hours{hour} + minutes{minute};
-  return designator.front() == '-' ? -ahead : ahead;
+  const minutes ahead = hours{*hour} + minutes{*minute};
+  return behind ? -ahead : ahead;
 }
 
 }  // namespace
@@ -64,35 +62,37 @@ std::optional<std::string> iso8601Text(Instant instant) {
   const double since1970 = std::floor(secondsSinceReferenceDate(instant)) +
                            static_cast<double>(ReferenceClock::referenceDateSince1970.count());
   // Written so that a value that is not a number fails, too.
-  if (!(since1970 >= static_cast<double>(earliest.time_since_epoch().count()) &&
-        since1970 < static_cast<double>(afterLatest.time_since_epoch().count()))) {
+  if (!(since1970 >= static_cast<double>(begin.time_since_epoch().count()) &&
+        since1970 < static_cast<double>(end.time_since_epoch().count()))) {
     return std::nullopt;
   }
   const sys_seconds time{seconds{static_cast<seconds::rep>(since1970)}};
   const auto midnight = floor<days>(time);
-  const year_month_day day{midnight};
   const hh_mm_ss clock{time - midnight};
-  return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", static_cast<int>(day.year()),
-                     static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()), clock.hours().count(),
-                     clock.minutes().count(), clock.seconds().count());
+  return fmt::format("{}T{:02}:{:02}:{:02}Z", *civilDayText(midnight), clock.hours().count(), clock.minutes().count(),
+                     clock.seconds().count());
 }
 
 std::optional<Instant> instantFromIso8601(std::string_view text) noexcept {
-  constexpr std::string_view pattern = "0000-00-00T00:00:00";
-  if (!matches(text.substr(0, pattern.size()), pattern)) {
+  const auto day = civilDayFromText(text.substr(0, 10));
+  if (!day) {
     return std::nullopt;
   }
-  const year_month_day day{year{numberAt(text, 0, 4)}, month{static_cast<unsigned>(numberAt(text, 5, 2))},
-                           std::chrono::day{static_cast<unsigned>(numberAt(text, 8, 2))}};
-  const int hour = numberAt(text, 11, 2);
-  const int minute = numberAt(text, 14, 2);
-  const int second = numberAt(text, 17, 2);
-  const auto offset = offsetFrom(text.substr(pattern.size()));
-  if (!day.ok() || hour > 23 || minute > 59 || second > 59 || !offset) {
+  text.remove_prefix(10);
+  std::optional<int> hour;
+  std::optional<int> minute;
+  std::optional<int> second;
+  const bool hasForm = take(text, 'T') && (hour = takeNumber(text, 23)) && take(text, ':') &&
+                       (minute = takeNumber(text, 59)) && take(text, ':') && (second = takeNumber(text, 59));
+  if (!hasForm) {
     return std::nullopt;
   }
-  const sys_seconds time = sys_days{day} + hours{hour} + minutes{minute} + seconds{second} - *offset;
-  if (day.year() < 1y || time < earliest || time >= afterLatest) {
+  const auto offset = offsetFrom(text);
+  if (!offset) {
+    return std::nullopt;
+  }
+  const sys_seconds time = sys_days{*day} + hours{*hour} + minutes{*minute} + seconds{*second} - *offset;
+  if (time < begin || time >= end) {
     return std::nullopt;
   }
   return instantSinceReferenceDate(
