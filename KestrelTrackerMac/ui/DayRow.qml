@@ -1,0 +1,35 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell
+
+// What one day held.
+RowLayout {
+  id: row
+
+  required property messagesDayFigures day
+  readonly property font digits: Qt.font({ "pixelSize": Theme.body })
+
+  spacing: 16
+  Accessible.role: Accessible.ListItem
+  Accessible.name: qsTr("%1: %2").arg(day.date).arg(day.counts)
+
+  Text {
+    text: TabularText.markup(row.day.date, row.digits)
+    textFormat: Text.RichText
+    font: row.digits
+    color: Theme.colors.text
+    Layout.leftMargin: 2
+    Accessible.ignored: true
+  }
+  Text {
+    text: TabularText.markup(row.day.counts, row.digits)
+    textFormat: Text.RichText
+    font: row.digits
+    color: Theme.colors.secondaryText
+    horizontalAlignment: Text.AlignRight
+    wrapMode: Text.Wrap
+    Layout.fillWidth: true
+    Layout.rightMargin: 2
+    Accessible.ignored: true
+  }
+}

@@ -1,0 +1,9 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell
+
+Rectangle {
+  color: Theme.colors.line
+  Layout.fillWidth: true
+  Layout.preferredHeight: 1
+}

@@ -1,0 +1,32 @@
+import QtQuick
+import QtQuick.Layouts
+import Tidewell
+
+// A symbol with its text. The symbol stands in the middle of the first line.
+RowLayout {
+  id: label
+
+  required property string symbol
+  required property string text
+  property color color: Theme.colors.text
+  property alias font: prose.font
+  property alias heading: prose.heading
+  property real symbolSize: Math.round(1.3 * font.pixelSize)
+
+  spacing: Math.round(0.2 * font.pixelSize) + 4
+
+  SymbolImage {
+    name: label.symbol
+    color: label.color
+    Layout.alignment: Qt.AlignTop
+    Layout.topMargin: Math.round((prose.lineHeight - height) / 2)
+    Layout.preferredWidth: label.symbolSize
+    Layout.preferredHeight: label.symbolSize
+  }
+  Prose {
+    id: prose
+    text: label.text
+    color: label.color
+    Layout.fillWidth: true
+  }
+}
