@@ -3,6 +3,7 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
@@ -17,9 +18,9 @@ namespace kestrel::companion {
 
 namespace {
 
-const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
-const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
-const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString portalSettings = QStringLiteral("org.freedesktop.portal.Settings");
 const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
 const QString desktopGroup = QStringLiteral("org.gnome.desktop.interface");
 
@@ -31,7 +32,7 @@ constexpr uint preferReducedMotion = 1;
 using SettingGroups = QMap<QString, QVariantMap>;
 
 QDBusMessage readingCall() {
-  QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("ReadAll"));
+  QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, QStringLiteral("ReadAll"));
   call << QStringList{appearanceGroup, desktopGroup};
   return call;
 }
@@ -49,16 +50,16 @@ Appearance::Appearance(QObject* parent) : QObject(parent) {
 
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (bus.isConnected()) {
-    auto* portal = new QDBusServiceWatcher{service, bus, QDBusServiceWatcher::WatchForOwnerChange, this};
+    auto* portal = new QDBusServiceWatcher{portalService, bus, QDBusServiceWatcher::WatchForOwnerChange, this};
     connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &Appearance::readPortal);
     connect(portal, &QDBusServiceWatcher::serviceUnregistered, this, &Appearance::forgetPortal);
-    bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+    bus.connect(portalService, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
 
     // A portal that runs answers at once, and the window does not start in the wrong scheme. One that the bus has
     // to start first is not waited for.
     static constexpr int patience = 200;  // milliseconds
-    const bool runs = bus.interface()->isServiceRegistered(service);
+    const bool runs = bus.interface()->isServiceRegistered(portalService);
     const QDBusMessage reply = runs ? bus.call(readingCall(), QDBus::Block, patience) : QDBusMessage{};
     if (reply.type() == QDBusMessage::ReplyMessage) {
       take(QDBusPendingCall::fromCompletedCall(reply));
