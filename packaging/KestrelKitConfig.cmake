@@ -1,3 +1,7 @@
 include(CMakeFindDependencyMacro)
+find_dependency(Boost 1.74)
+find_dependency(fmt)
+find_dependency(ICU COMPONENTS i18n uc)
+find_dependency(simdjson)
 find_dependency(SQLite3)
 include(${CMAKE_CURRENT_LIST_DIR}/KestrelKitTargets.cmake)

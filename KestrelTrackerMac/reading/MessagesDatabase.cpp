@@ -1,23 +1,155 @@
+#include <KestrelKit/foundation/Calendar.h>
+#include <KestrelKit/foundation/InMemoryTemporaryFiles.h>
+#include <KestrelKit/foundation/SqliteHandles.h>
+#include <KestrelTrackerMac/reading/MessageActivitySample.h>
+#include <KestrelTrackerMac/reading/MessagesAggregateBuilder.h>
 #include <KestrelTrackerMac/reading/MessagesDatabase.h>
+#include <pwd.h>
+#include <sqlite3.h>
+#include <unistd.h>
 
+#include <array>
+#include <cmath>
 #include <cstdlib>
+#include <exception>
+#include <string>
+#include <system_error>
+#include <utility>
 
 namespace kestrel::companion {
+namespace {
+
+constexpr std::int64_t leastDays = 1;
+constexpr std::int64_t mostDays = 365;
+constexpr int busyMilliseconds = 2000;
+
+constexpr const char* query =
+    "SELECT\n"
+    "    m.ROWID,\n"
+    "    m.date,\n"
+    "    m.is_from_me,\n"
+    "    COALESCE(MIN(cmj.chat_id), -m.ROWID),\n"
+    "    CASE WHEN m.text IS NULL THEN NULL ELSE length(m.text) END\n"
+    "FROM message AS m\n"
+    "LEFT JOIN chat_message_join AS cmj ON cmj.message_id = m.ROWID\n"
+    "WHERE (CASE\n"
+    "    WHEN ABS(m.date) > 1000000000000 THEN m.date / 1000000000.0\n"
+    "    ELSE m.date\n"
+    "END) >= ?\n"
+    "GROUP BY m.ROWID\n"
+    "ORDER BY m.date ASC";
+
+/// The columns of `query`; the first, the row number, is there for the grouping only.
+enum Column { date = 1, isFromMe, conversation, textLength };
+
+bool isVisible(const std::filesystem::path& path) {
+  std::error_code unseen;
+  return std::filesystem::exists(path, unseen);
+}
+
+/// Opens the database read-only: the connection, where there is one, and SQLite's result.
+std::pair<SqliteConnection, int> open(const std::filesystem::path& path) {
+  sqlite3* connection = nullptr;
+  const int result =
+      sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX, nullptr);
+  return {SqliteConnection(connection), result};
+}
+
+bool lacksPermission(int openResult) { return openResult == SQLITE_CANTOPEN || openResult == SQLITE_AUTH; }
+
+/// A date of the database: seconds in older rows, nanoseconds in newer ones.
+Instant instantOf(double date) {
+  constexpr double mostSeconds = 1e12;
+  constexpr double nanosecondsPerSecond = 1e9;
+  return instantSinceReferenceDate(std::abs(date) > mostSeconds ? date / nanosecondsPerSecond : date);
+}
+
+MessageActivitySample sampleOf(sqlite3_stmt* row) {
+  MessageActivitySample sample;
+  sample.timestamp = instantOf(sqlite3_column_double(row, Column::date));
+  if (sqlite3_column_type(row, Column::textLength) != SQLITE_NULL) {
+    sample.textLength = sqlite3_column_int64(row, Column::textLength);
+  }
+  sample.isFromMe = sqlite3_column_int(row, Column::isFromMe) != 0;
+  sample.conversationID = sqlite3_column_int64(row, Column::conversation);
+  return sample;
+}
+
+std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem::path& path, std::int64_t days,
+                                                           Instant now) {
+  if (days < leastDays || days > mostDays || !keepTemporaryFilesInMemory()) {
+    return std::unexpected(MessagesScanError::queryFailed);
+  }
+  if (!isVisible(path)) {
+    return std::unexpected(MessagesScanError::accessRequired);
+  }
+  const auto [connection, openResult] = open(path);
+  if (openResult != SQLITE_OK || !connection) {
+    return std::unexpected(lacksPermission(openResult) ? MessagesScanError::accessRequired
+                                                       : MessagesScanError::databaseUnavailable);
+  }
+  sqlite3_busy_timeout(connection.get(), busyMilliseconds);
+
+  sqlite3_stmt* prepared = nullptr;
+  const int prepareResult = sqlite3_prepare_v2(connection.get(), query, -1, &prepared, nullptr);
+  const SqliteStatement statement(prepared);
+  if (prepareResult != SQLITE_OK || !statement) {
+    return std::unexpected(MessagesScanError::unsupportedDatabase);
+  }
+
+  const Calendar calendar = Calendar::current();
+  const Instant cutoff =
+      calendar.addingDays(now, -days).value_or(now - std::chrono::days(days));
+  sqlite3_bind_double(statement.get(), 1, secondsSinceReferenceDate(cutoff));
+
+  MessagesAggregateBuilder builder(calendar);
+  int step = SQLITE_OK;
+  while ((step = sqlite3_step(statement.get())) == SQLITE_ROW) {
+    builder.add(sampleOf(statement.get()));
+  }
+  if (step != SQLITE_DONE) {
+    return std::unexpected(MessagesScanError::queryFailed);
+  }
+  return MessagesScanSummary{.requestedDays = days, .scannedAt = now, .daily = builder.daily()};
+}
+
+/// The home directory that the user database gives the current user.
+std::filesystem::path homeInUserDatabase() {
+  std::array<char, 16384> text{};
+  passwd entry{};
+  passwd* found = nullptr;
+  getpwuid_r(getuid(), &entry, text.data(), text.size(), &found);
+  return found && found->pw_dir ? found->pw_dir : "/";
+}
+
+}  // namespace
 
 std::filesystem::path defaultMessagesDatabase() {
-  const char* home = std::getenv("HOME");
-  return std::filesystem::path(home ? home : "/") / "Library/Messages/chat.db";
+  const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+  return (home && *home ? std::filesystem::path(home) : homeInUserDatabase()) / "Library/Messages/chat.db";
 }
 
 MessagesAccessState probeMessagesAccess(const std::filesystem::path& path) noexcept {
-  std::error_code ignored;
-  return std::filesystem::exists(path, ignored) ? MessagesAccessState::ready
-                                                : MessagesAccessState::needsFullDiskAccess;
+  if (!keepTemporaryFilesInMemory()) {
+    return MessagesAccessState::unavailable;
+  }
+  if (!isVisible(path)) {
+    return MessagesAccessState::needsFullDiskAccess;
+  }
+  const auto [connection, result] = open(path);
+  if (result == SQLITE_OK) {
+    return MessagesAccessState::ready;
+  }
+  return lacksPermission(result) ? MessagesAccessState::needsFullDiskAccess : MessagesAccessState::unavailable;
 }
 
-std::expected<MessagesScanSummary, MessagesScanError> scanMessages(const std::filesystem::path&, std::int64_t days,
-                                                                   Instant now) noexcept {
-  return MessagesScanSummary{.requestedDays = days, .scannedAt = now, .daily = {}};
+std::expected<MessagesScanSummary, MessagesScanError> scanMessages(const std::filesystem::path& path,
+                                                                   std::int64_t days, Instant now) noexcept {
+  try {
+    return scan(path, days, now);
+  } catch (const std::exception&) {  // out of memory
+    return std::unexpected(MessagesScanError::queryFailed);
+  }
 }
 
 }  // namespace kestrel::companion

@@ -1,0 +1,154 @@
+#include <KestrelKit/foundation/Calendar.h>
+#include <KestrelKit/foundation/ProgrammingError.h>
+#include <unicode/calendar.h>
+#include <unicode/gregocal.h>
+#include <unicode/locid.h>
+#include <unicode/timezone.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <initializer_list>
+#include <string>
+#include <utility>
+
+namespace kestrel {
+namespace {
+
+using std::chrono::days;
+using std::chrono::floor;
+using std::chrono::hours;
+using std::chrono::local_days;
+using std::chrono::local_seconds;
+using std::chrono::seconds;
+
+/// Instants further away than this, about ten million years, are in no calendar.
+constexpr double furthest = 3e14;
+
+/// What the clocks show at `instant`, to the second, at `offset` from UTC.
+local_seconds clockTime(Instant instant, seconds offset) {
+  const double since = std::floor(secondsSinceReferenceDate(instant));
+  return local_seconds(ReferenceClock::referenceDateSince1970 + seconds(static_cast<std::int64_t>(since)) + offset);
+}
+
+bool isWithinReach(Instant instant) { return std::abs(secondsSinceReferenceDate(instant)) <= furthest; }
+
+/// The locale that the environment chooses for times, as the C library chooses it.
+std::string_view timeLocale() {
+  for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
+    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+    if (value && *value) {
+      return value;
+    }
+  }
+  return "C";
+}
+
+/// `language_COUNTRY.charset@modifier` without what ICU would misread: the charset, and a modifier that is not a
+/// keyword.
+std::string withoutCharset(std::string_view locale) {
+  const auto at = locale.find('@');
+  const auto modifier = at == std::string_view::npos ? std::string_view() : locale.substr(at);
+  const auto upToCharset = [](std::string_view text) { return text.substr(0, text.find('.')); };
+  std::string result(upToCharset(locale.substr(0, at)));
+  if (modifier.find('=') != std::string_view::npos) {
+    result += upToCharset(modifier);
+  }
+  return result;
+}
+
+}  // namespace
+
+/// The names of days. ICU's calendars change while they are asked, so each question goes to a copy; they run in UTC
+/// and are told local days, the clocks being the zone's business.
+class Calendar::Days {
+ public:
+  explicit Days(const icu::Locale& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    calendar_.reset(icu::Calendar::createInstance(*icu::TimeZone::getGMT(), locale, status));
+    if (auto* gregorian = dynamic_cast<icu::GregorianCalendar*>(calendar_.get())) {
+      constexpr UDate firstOfAll = -184'303'902'528'000'000.0;  // where ICU's calendars begin
+      gregorian->setGregorianChange(firstOfAll, status);
+    }
+    if (!calendar_ || U_FAILURE(status)) {
+      programmingError("ICU has no calendar: its data are missing");
+    }
+  }
+
+  /// The components of midnight; nothing for a day that is not held whole. ICU's range begins and ends with a
+  /// midnight, so noon tells, and a float of milliseconds is exact there at both ends.
+  std::optional<Components> midnightOf(local_days day) const {
+    constexpr UDate dayMilliseconds = 86'400'000;
+    const std::unique_ptr<icu::Calendar> calendar(calendar_->clone());
+    const UDate noon = (static_cast<UDate>(day.time_since_epoch().count()) + 0.5) * dayMilliseconds;
+    UErrorCode status = U_ZERO_ERROR;
+    calendar->setTime(noon, status);
+    if (U_FAILURE(status) || calendar->getTime(status) != noon) {
+      return std::nullopt;
+    }
+    const Components components{.year = calendar->get(UCAL_YEAR, status),
+                                .month = calendar->get(UCAL_MONTH, status) + 1,
+                                .day = calendar->get(UCAL_DAY_OF_MONTH, status),
+                                .hour = 0};
+    return U_SUCCESS(status) ? std::optional(components) : std::nullopt;
+  }
+
+ private:
+  std::unique_ptr<icu::Calendar> calendar_;
+};
+
+Calendar::Calendar(std::shared_ptr<const Days> days, TimeZone zone)
+    : days_(std::move(days)), zone_(std::move(zone)) {}
+
+Calendar Calendar::current() { return ofLocale(timeLocale(), TimeZone::current()); }
+
+Calendar Calendar::ofLocale(std::string_view locale, TimeZone zone) {
+  return {std::make_shared<const Days>(icu::Locale::createCanonical(withoutCharset(locale).c_str())),
+          std::move(zone)};
+}
+
+Calendar Calendar::gregorian(TimeZone zone) {
+  static const auto days = std::make_shared<const Days>(icu::Locale("en_US_POSIX@calendar=gregorian"));
+  return {days, std::move(zone)};
+}
+
+std::optional<Calendar::Components> Calendar::components(Instant instant) const {
+  const auto hour = hourAround(instant);
+  return hour ? std::optional(hour->components) : std::nullopt;
+}
+
+std::optional<Calendar::Hour> Calendar::hourAround(Instant instant) const {
+  if (!isWithinReach(instant)) {
+    return std::nullopt;
+  }
+  const auto stretch = zone_.stretchAt(instant);
+  const auto time = clockTime(instant, stretch.offset);
+  const auto day = floor<days>(time);
+  const auto hour = floor<hours>(time);
+  auto components = days_->midnightOf(day);
+  if (!components) {
+    return std::nullopt;
+  }
+  components->hour = static_cast<int>((hour - day).count());
+  const Instant begin(hour.time_since_epoch() - stretch.offset - ReferenceClock::referenceDateSince1970);
+  return Hour{.components = *components,
+              .begin = std::max(begin, stretch.begin),
+              .end = std::min(begin + Seconds(hours(1)), stretch.end)};
+}
+
+std::optional<Instant> Calendar::addingDays(Instant instant, std::int64_t count) const {
+  if (!components(instant) || std::abs(static_cast<double>(count)) > furthest / 86'400) {
+    return std::nullopt;
+  }
+  if (count == 0) {
+    return instant;  // also where it is the later of two with its time
+  }
+  const double since = secondsSinceReferenceDate(instant);
+  const Seconds fraction(since - std::floor(since));
+  const auto time = clockTime(instant, zone_.stretchAt(instant).offset);
+  const Instant moved = zone_.instantOf(time + days(count)) + fraction;
+  return components(moved) ? std::optional(moved) : std::nullopt;
+}
+
+}  // namespace kestrel

@@ -1,0 +1,102 @@
+#include <KestrelKit/foundation/CivilDay.h>
+#include <KestrelKit/foundation/Iso8601.h>
+
+#include <fmt/format.h>
+
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+
+namespace kestrel {
+namespace {
+
+using namespace std::chrono;
+
+// The years 0001 to 9999.
+constexpr sys_seconds begin = sys_days{1y / January / 1};
+constexpr sys_seconds end = sys_days{year{10000} / January / 1};
+
+// The two digits at the start of `text`, at most `most`; they are taken from it.
+std::optional<int> takeNumber(std::string_view& text, int most) noexcept {
+  const auto isDigit = [&](std::size_t place) { return text[place] >= '0' && text[place] <= '9'; };
+  if (text.size() < 2 || !isDigit(0) || !isDigit(1)) {
+    return std::nullopt;
+  }
+  int number = 0;
+  std::from_chars(text.data(), text.data() + 2, number);
+  text.remove_prefix(2);
+  return number <= most ? std::optional{number} : std::nullopt;
+}
+
+bool take(std::string_view& text, char wanted) noexcept {
+  if (!text.starts_with(wanted)) {
+    return false;
+  }
+  text.remove_prefix(1);
+  return true;
+}
+
+// What local time is ahead of UTC by: `Z`, `+02:00` or `+0200`.
+std::optional<minutes> offsetFrom(std::string_view designator) noexcept {
+  if (designator == "Z") {
+    return minutes{0};
+  }
+  const bool behind = take(designator, '-');
+  if (!behind && !take(designator, '+')) {
+    return std::nullopt;
+  }
+  const auto hour = takeNumber(designator, 23);
+  take(designator, ':');
+  const auto minute = takeNumber(designator, 59);
+  if (!hour || !minute || !designator.empty()) {
+    return std::nullopt;
+  }
+  const minutes ahead = hours{*hour} + minutes{*minute};
+  return behind ? -ahead : ahead;
+}
+
+}  // namespace
+
+std::optional<std::string> iso8601Text(Instant instant) {
+  const double since1970 = std::floor(secondsSinceReferenceDate(instant)) +
+                           static_cast<double>(ReferenceClock::referenceDateSince1970.count());
+  // Written so that a value that is not a number fails, too.
+  if (!(since1970 >= static_cast<double>(begin.time_since_epoch().count()) &&
+        since1970 < static_cast<double>(end.time_since_epoch().count()))) {
+    return std::nullopt;
+  }
+  const sys_seconds time{seconds{static_cast<seconds::rep>(since1970)}};
+  const auto midnight = floor<days>(time);
+  const hh_mm_ss clock{time - midnight};
+  return fmt::format("{}T{:02}:{:02}:{:02}Z", *civilDayText(midnight), clock.hours().count(), clock.minutes().count(),
+                     clock.seconds().count());
+}
+
+std::optional<Instant> instantFromIso8601(std::string_view text) noexcept {
+  const auto day = civilDayFromText(text.substr(0, 10));
+  if (!day) {
+    return std::nullopt;
+  }
+  text.remove_prefix(10);
+  std::optional<int> hour;
+  std::optional<int> minute;
+  std::optional<int> second;
+  const bool hasForm = take(text, 'T') && (hour = takeNumber(text, 23)) && take(text, ':') &&
+                       (minute = takeNumber(text, 59)) && take(text, ':') && (second = takeNumber(text, 59));
+  if (!hasForm) {
+    return std::nullopt;
+  }
+  const auto offset = offsetFrom(text);
+  if (!offset) {
+    return std::nullopt;
+  }
+  const sys_seconds time = sys_days{*day} + hours{*hour} + minutes{*minute} + seconds{*second} - *offset;
+  if (time < begin || time >= end) {
+    return std::nullopt;
+  }
+  return instantSinceReferenceDate(
+      static_cast<double>((time.time_since_epoch() - ReferenceClock::referenceDateSince1970).count()));
+}
+
+}  // namespace kestrel

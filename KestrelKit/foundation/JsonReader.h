@@ -1,0 +1,101 @@
+#pragma once
+
+#include <KestrelKit/foundation/DateStrategy.h>
+#include <KestrelKit/foundation/JsonError.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace kestrel {
+
+/// One value of a JSON document at the moment at which it is read, as a form (JsonForm) sees it.
+///
+/// The document is read once, from front to back. A form takes its value with one of the reading functions; what it
+/// does not take is read over. Either way the value is visited to its last byte, so that a wrong value costs itself
+/// and a syntax error anywhere costs the document.
+///
+/// A reading function that gives nothing has noted why, with the path; the form only passes the absence on. One that
+/// finds a well-formed value wrong notes it with refuse().
+///
+/// Not to be kept beyond the call that hands it out; one thread.
+class JsonReader {
+ public:
+  enum class Kind { object, list, text, number, boolean, null };
+
+  /// What stands here. A value that is not well-formed has the kind that its first character announces.
+  Kind kind() const noexcept;
+
+  DateStrategy dateStrategy() const noexcept;
+
+  /// The text here, escapes resolved. Valid until the document has been read.
+  std::optional<std::string_view> text();
+
+  std::optional<bool> boolean();
+
+  /// The number here as its nearest 64-bit float: any literal but one too large.
+  std::optional<double> number();
+
+  /// The number here when it lies in the signed 64-bit range: exactly, where the literal has neither fraction nor
+  /// exponent; else when its nearest 64-bit float is whole and in that range.
+  std::optional<std::int64_t> integer();
+
+  /// Reads a `null` if one is here, and says whether it was.
+  bool null();
+
+  /// Calls `visit(std::string_view key, JsonReader& value)` for each member of the object here, in order, repeated
+  /// keys included; the key is valid during the call. False, and noted, when no object is here.
+  template <class Visit>
+  bool forEachMember(Visit visit) {
+    return forEachMember([](void* state, std::string_view key, JsonReader& value) {
+      (*static_cast<Visit*>(state))(key, value);
+    }, &visit);
+  }
+
+  /// Calls `visit(JsonReader& element)` for each element of the list here. False, and noted, when no list is here.
+  template <class Visit>
+  bool forEachElement(Visit visit) {
+    return forEachElement([](void* state, JsonReader& element) { (*static_cast<Visit*>(state))(element); }, &visit);
+  }
+
+  /// Notes that the value here is wrong, and why. Gives the absence that a form returns then.
+  std::nullopt_t refuse(std::string message);
+
+  /// Notes that the object here lacks the member `key`.
+  void refuseAbsent(std::string_view key);
+
+  /// A repeated key: what was noted about the member `key` of the object here no longer counts.
+  void forget(std::string_view key);
+
+  /// How much has been noted so far; for dropNotedSince().
+  std::size_t noted() const noexcept;
+
+  /// What was noted since `mark` costs only the element that is given up for it: the first note becomes that
+  /// element's reason in the list of what was dropped, where the caller of the decoder asked for one.
+  void dropNotedSince(std::size_t mark);
+
+ private:
+  struct Document;
+  struct Place;
+  friend std::expected<void, JsonError> readJson(std::string_view, DateStrategy, std::vector<JsonError>*, void*,
+                                                 void (*)(void*, JsonReader&));
+
+  explicit JsonReader(Place& place) noexcept : place_(&place) {}
+
+  bool forEachMember(void (*visit)(void*, std::string_view, JsonReader&), void* state);
+  bool forEachElement(void (*visit)(void*, JsonReader&), void* state);
+
+  Place* place_;
+};
+
+/// Reads the document `json` and calls `visit(state, root)`. The first of what was noted is the error; one about
+/// syntax goes before all others. `dropped` may be null. See JsonDecoder for what a document must be.
+std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates, std::vector<JsonError>* dropped,
+                                        void* state, void (*visit)(void* state, JsonReader& root));
+
+}  // namespace kestrel

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kestrel {
+
+/// `text` in double quotes for a message of one line: control characters, quotes and backslashes escaped as in JSON,
+/// and what exceeds 80 bytes replaced by an ellipsis, so that a foreign text cannot break or flood the message.
+std::string quoted(std::string_view text);
+
+/// `text` without the quotes, shortened and escaped likewise; for literals that carry none.
+std::string shortened(std::string_view text);
+
+}  // namespace kestrel

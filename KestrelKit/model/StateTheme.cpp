@@ -1,0 +1,77 @@
+#include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/model/StateTheme.h>
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace kestrel {
+namespace {
+
+struct Look {
+  KestrelState state;
+  std::string_view symbol;
+  std::string_view shortCode;
+  SystemColor color;
+};
+
+constexpr Look looks[] = {
+    {KestrelState::psychosis, "✦", "PSY", SystemColor::purple},
+    {KestrelState::mixedEpisode, "↔", "MIX", SystemColor::pink},
+    {KestrelState::mania, "↑", "MAN", SystemColor::red},
+    {KestrelState::hypomania, "↗", "HYP", SystemColor::orange},
+    {KestrelState::euthymia, "•", "EUT", SystemColor::green},
+    {KestrelState::dysthymia, "↘", "DYS", SystemColor::teal},
+    {KestrelState::moderateDepression, "↓", "MOD", SystemColor::blue},
+    {KestrelState::severeDepression, "⇊", "SEV", SystemColor::indigo},
+    {KestrelState::unknown, "?", "?", SystemColor::gray},
+};
+
+constexpr bool coversAllStatesInOrder() noexcept {
+  for (std::size_t index = 0; index < std::size(looks); ++index) {
+    if (looks[index].state != KestrelState::allCases[index]) {
+      return false;
+    }
+  }
+  return std::size(looks) == KestrelState::allCases.size();
+}
+static_assert(coversAllStatesInOrder());
+
+constexpr const Look& lookOf(KestrelState state) noexcept {
+  return looks[static_cast<std::size_t>(static_cast<KestrelState::Case>(state))];
+}
+
+std::int64_t percentage(double confidence) {
+  const double percent = std::round(confidence * 100);
+  // Written so that a value that is not a number fails, too.
+  if (!(percent >= -0x1p63 && percent < 0x1p63)) {
+    programmingError("a confidence whose percentage is not finite or lies beyond 64 bits");
+  }
+  return static_cast<std::int64_t>(percent);
+}
+
+}  // namespace
+
+SystemColor StateTheme::color(KestrelState state) noexcept { return lookOf(state).color; }
+
+std::string_view StateTheme::symbol(KestrelState state) noexcept { return lookOf(state).symbol; }
+
+std::string_view StateTheme::shortCode(KestrelState state) noexcept { return lookOf(state).shortCode; }
+
+std::string StateTheme::label(KestrelState state) { return fmt::format("{} {}", symbol(state), state.rawValue()); }
+
+std::string StateTheme::accessibilityDetail(std::optional<double> confidence, std::optional<std::string_view> source) {
+  std::string detail;
+  if (confidence) {
+    detail = fmt::format("Confidence {} percent", percentage(*confidence));
+  }
+  if (source && !source->empty()) {
+    detail += fmt::format("{}Source {}", detail.empty() ? "" : ", ", *source);
+  }
+  return detail.empty() ? "No additional details" : detail;
+}
+
+}  // namespace kestrel
