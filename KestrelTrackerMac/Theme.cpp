@@ -13,9 +13,9 @@ Theme::Theme(QObject* parent) : QObject(parent) {
 }
 
 const Palette& Theme::colors() const {
-  static const Palette light = Palette::light();
-  static const Palette dark = Palette::dark();
-  return dark() ? dark : light;
+  static const Palette lightColors = Palette::light();
+  static const Palette darkColors = Palette::dark();
+  return dark() ? darkColors : lightColors;
 }
 
 qreal Theme::body() const {

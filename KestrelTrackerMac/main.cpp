@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QLocale>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QTranslator>
 
 #include <array>
