@@ -7,24 +7,15 @@
 
 namespace kestrel::companion {
 
-void Theme::setDark(bool dark) {
-  if (dark_ != dark) {
-    dark_ = dark;
-    Q_EMIT darkChanged();
-  }
-}
-
-void Theme::setReduceMotion(bool reduceMotion) {
-  if (reduceMotion_ != reduceMotion) {
-    reduceMotion_ = reduceMotion;
-    Q_EMIT reduceMotionChanged();
-  }
+Theme::Theme(QObject* parent) : QObject(parent) {
+  connect(&appearance_, &Appearance::darkChanged, this, &Theme::darkChanged);
+  connect(&appearance_, &Appearance::reduceMotionChanged, this, &Theme::reduceMotionChanged);
 }
 
 const Palette& Theme::colors() const {
-  static const Palette light = Palette::light();
-  static const Palette dark = Palette::dark();
-  return dark_ ? dark : light;
+  static const Palette lightColors = Palette::light();
+  static const Palette darkColors = Palette::dark();
+  return dark() ? darkColors : lightColors;
 }
 
 qreal Theme::body() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <KestrelTrackerMac/Appearance.h>
 #include <KestrelTrackerMac/Palette.h>
 
 #include <QObject>
@@ -27,15 +28,13 @@ class Theme : public QObject {
   Q_PROPERTY(qreal smallestCaption READ smallestCaption CONSTANT)
 
  public:
-  using QObject::QObject;
+  explicit Theme(QObject* parent = nullptr);
 
   /// Whether the dark scheme is in force.
-  bool dark() const { return dark_; }
-  void setDark(bool dark);
+  bool dark() const { return appearance_.dark(); }
 
   /// Whether the system asks for no motion.
-  bool reduceMotion() const { return reduceMotion_; }
-  void setReduceMotion(bool reduceMotion);
+  bool reduceMotion() const { return appearance_.reduceMotion(); }
 
   const Palette& colors() const;
 
@@ -55,8 +54,7 @@ class Theme : public QObject {
   void reduceMotionChanged();
 
  private:
-  bool dark_ = false;
-  bool reduceMotion_ = false;
+  Appearance appearance_;
 };
 
 }  // namespace kestrel::companion

@@ -1,20 +1,40 @@
+#include <KestrelTrackerMac/DiskCaches.h>
 #include <KestrelTrackerMac/MainWindow.h>
 #include <KestrelTrackerMac/MessagesCompanionCoordinator.h>
 #include <KestrelTrackerMac/MessagesDatabaseReader.h>
+#include <KestrelTrackerMac/SingleInstance.h>
+#include <KestrelTrackerMac/TrayMenu.h>
+#include <KestrelTrackerMac/WindowPresence.h>
+#include <KestrelTrackerMac/WriteProtection.h>
+#include <KestrelTrackerMac/reading/MessagesDatabase.h>
 
 #include <QApplication>
 #include <QLocale>
 #include <QQmlApplicationEngine>
+#include <QQuickWindow>
 #include <QTranslator>
 
+#include <array>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 using namespace kestrel::companion;
 
 int main(int argc, char* argv[]) {
+  switchOffDiskCaches();
+  // Devices, what a session keeps in memory, and the side files that SQLite keeps beside a database in WAL mode.
+  forbidWritesExceptIn(std::array<std::filesystem::path, 3>{
+      "/dev", qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString(), defaultMessagesDatabase().parent_path()});
+
   QApplication application{argc, argv};
   QApplication::setApplicationName(QStringLiteral("tidewell"));
   QApplication::setDesktopFileName(QStringLiteral("tidewell"));
+
+  SingleInstance instance;
+  if (!instance.claim()) {
+    return 0;
+  }
 
   QTranslator translator;
   if (translator.load(QLocale{}, QStringLiteral("tidewell"), QStringLiteral("_"), QStringLiteral(":/i18n"))) {
@@ -23,6 +43,13 @@ int main(int argc, char* argv[]) {
 
   MessagesCompanionCoordinator coordinator{std::make_unique<MessagesDatabaseReader>()};
   QQmlApplicationEngine engine;
-  loadMainWindow(engine, coordinator);
-  return QApplication::exec();
+  WindowPresence presence{loadMainWindow(engine, coordinator)};
+  QObject::connect(&instance, &SingleInstance::startedAgain, &presence, &WindowPresence::comeForward);
+  const TrayMenu tray{coordinator, presence};
+  const int status = QApplication::exec();
+  if (coordinator.isScanning() || coordinator.accessState() == MessagesCompanionCoordinator::AccessState::Checking) {
+    // Nobody waits for a database that the user has left: nothing is open for writing, and nothing is to be saved.
+    std::_Exit(status);
+  }
+  return status;
 }

@@ -19,3 +19,21 @@ function(kestrel_test target)
   endif()
   gtest_discover_tests(${target} TEST_PREFIX ${target}. DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
+
+# Tests of whole programs, which run them as processes: a Python script with unittest cases.
+#
+#   kestrel_script_test(<name> SCRIPT <file> [ENVIRONMENT <NAME=value>...])
+#
+# Every method test_… is an entry of its own in ctest, named <name>.<method>.
+function(kestrel_script_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "SCRIPT" "ENVIRONMENT")
+  find_package(Python3 REQUIRED COMPONENTS Interpreter)
+  set(script ${CMAKE_CURRENT_SOURCE_DIR}/${arg_SCRIPT})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${script})
+  file(STRINGS ${script} lines REGEX "^  +def test_")
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^ +def (test_[A-Za-z0-9_]*).*" "\\1" method ${line})
+    add_test(NAME ${name}.${method} COMMAND ${Python3_EXECUTABLE} -B ${script} -k .${method})
+    set_tests_properties(${name}.${method} PROPERTIES TIMEOUT 600 ENVIRONMENT "${arg_ENVIRONMENT}")
+  endforeach()
+endfunction()

@@ -291,14 +291,14 @@ bool run(sqlite3* connection, const char* sql) {
   return sqlite3_exec(connection, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-/// Fills the new file at `path`; the connection is closed when it returns.
+/// Fills the new file at `path`; the connection is closed when it returns. Fails with SQLite's reason.
 std::expected<void, std::string> fill(const std::string& path, const SampleHistory& history) {
   sqlite3* opened = nullptr;
   const int code =
       sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
   const SqliteConnection connection(opened);
   if (code != SQLITE_OK) {
-    return std::unexpected(fmt::format("{}: {}", path, sqlite3_errstr(code)));
+    return std::unexpected(std::string(sqlite3_errstr(code)));
   }
   Chance chance(history.seed);
   Circle circle(history.messages, chance);
@@ -315,7 +315,7 @@ std::expected<void, std::string> fill(const std::string& path, const SampleHisto
       writeMessages(connection.get(), circle, history, chance) && run(connection.get(), messagesIndexes) &&
       run(connection.get(), "COMMIT; PRAGMA journal_mode = WAL");
   if (!written) {
-    return std::unexpected(fmt::format("{}: {}", path, sqlite3_errmsg(connection.get())));
+    return std::unexpected(std::string(sqlite3_errmsg(connection.get())));
   }
   return {};
 }
@@ -347,13 +347,14 @@ std::expected<void, std::string> writeSampleHistory(const std::filesystem::path&
   if (result) {
     std::filesystem::rename(partial, path, error);
     if (error) {
-      result = std::unexpected(fmt::format("{}: {}", path.string(), error.message()));
+      result = std::unexpected(error.message());
     }
   }
   if (!result) {
     std::filesystem::remove(partial, error);
+    return std::unexpected(fmt::format("{}: {}", path.string(), result.error()));
   }
-  return result;
+  return {};
 }
 
 }  // namespace kestrel

@@ -118,33 +118,6 @@ std::string_view upToQuote(std::string_view rest) noexcept {
   return rest.substr(0, place);
 }
 
-// Whether the escapes of a text that is otherwise well-formed contain half a surrogate pair. The parser does not
-// refuse every one of them.
-bool hasLoneSurrogate(std::string_view escaped) noexcept {
-  const auto unitAt = [&](std::size_t place) -> unsigned {
-    unsigned unit = 0;
-    if (place + 6 <= escaped.size() && escaped[place] == '\\' && escaped[place + 1] == 'u') {
-      std::from_chars(&escaped[place + 2], &escaped[place + 2] + 4, unit, 16);
-    }
-    return unit;
-  };
-  for (std::size_t place = escaped.find('\\'); place < escaped.size(); place = escaped.find('\\', place)) {
-    const unsigned unit = unitAt(place);
-    if (unit >= 0xDC00U && unit <= 0xDFFFU) {
-      return true;
-    }
-    if (unit >= 0xD800U && unit <= 0xDBFFU) {
-      const unsigned second = unitAt(place + 6);
-      if (second < 0xDC00U || second > 0xDFFFU) {
-        return true;
-      }
-      place += 6;
-    }
-    place += escaped[place + 1] == 'u' ? 6U : 2U;
-  }
-  return false;
-}
-
 }  // namespace
 
 struct JsonReader::Document {
@@ -342,10 +315,6 @@ struct JsonReader::Place {
     std::string_view text;
     if (std::move(result).get(text) != simdjson::SUCCESS) {
       document.fail("has a malformed escape", raw.data());
-      return std::nullopt;
-    }
-    if (hasLoneSurrogate(raw)) {
-      document.fail("has a lone surrogate", raw.data());
       return std::nullopt;
     }
     return text;

@@ -32,8 +32,8 @@ std::string_view numberText(double value, NumberText& text) noexcept {
   char* end = std::to_chars(text.data(), text.data() + text.size(), value,
                             plain ? std::chars_format::fixed : std::chars_format::scientific)
                   .ptr;
-  // `1.5e-07`: an exponent has two digits at least, of which the first may be a 0.
-  if (!plain && end[-2] == '0') {
+  // `1.5e-07`: an exponent has at least two digits, of which the first may be a 0.
+  if (!plain && end[-2] == '0' && (end[-3] == '+' || end[-3] == '-')) {
     end[-2] = end[-1];
     --end;
   }

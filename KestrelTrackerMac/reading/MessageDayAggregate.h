@@ -1,5 +1,7 @@
 #pragma once
 
+#include <KestrelKit/foundation/JsonFields.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,6 +18,8 @@ struct MessageDayAggregate {
   std::optional<double> averageMessageLength;  ///< Characters a message; absent when none had text.
 
   bool operator==(const MessageDayAggregate&) const = default;
+
+  static JsonFields jsonFields();
 };
 
 }  // namespace kestrel::companion

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KestrelKit/foundation/Instant.h>
+#include <KestrelKit/foundation/JsonFields.h>
 #include <KestrelTrackerMac/reading/MessageDayAggregate.h>
 
 #include <cstdint>
@@ -15,6 +16,8 @@ struct MessagesScanSummary {
   std::vector<MessageDayAggregate> daily;  ///< Ascending by date; days without a message are not in it.
 
   bool operator==(const MessagesScanSummary&) const = default;
+
+  static JsonFields jsonFields();
 };
 
 }  // namespace kestrel::companion

@@ -44,7 +44,7 @@ Box {
   }
   AccessPrompt {
     visible: box.accessState === MessagesCompanionCoordinator.NeedsFullDiskAccess
-             || box.accessState === MessagesCompanionCoordinator.Unavailable
+            || box.accessState === MessagesCompanionCoordinator.Unavailable
     coordinator: box.coordinator
     Layout.fillWidth: true
   }

@@ -11,6 +11,9 @@ Rectangle {
   required property font valueFont
   required property int padding
 
+  //: A figure as a screen reader says it: what was counted, and the count.
+  readonly property string spoken: qsTr("%1: %2").arg(caption).arg(value)
+
   color: Theme.colors.tile
   radius: 10
   implicitHeight: column.implicitHeight + 2 * Math.max(12, padding)
@@ -18,8 +21,7 @@ Rectangle {
   Layout.fillHeight: true
   Layout.preferredWidth: 1
   Accessible.role: Accessible.StaticText
-  //: A figure as a screen reader says it: what was counted, and the count.
-  Accessible.name: qsTr("%1: %2").arg(caption).arg(value)
+  Accessible.name: spoken
 
   Column {
     id: column

@@ -9,6 +9,7 @@ RowLayout {
 
   required property messagesSummaryFigures figures
   readonly property var values: [figures.activeDays, figures.sent, figures.received, figures.lateNight]
+  readonly property string spoken: `${days.spoken}, ${sent.spoken}, ${received.spoken}, ${lateNight.spoken}`
   readonly property font fullFont: Qt.font({ "pixelSize": Math.round(Theme.largeTitle), "weight": Font.Bold })
   readonly property real fullWidth: Math.max(...values.map(value => TabularText.width(value, fullFont)))
   readonly property real tileWidth: (width - 3 * spacing) / 4
@@ -21,24 +22,28 @@ RowLayout {
   spacing: 12
 
   MetricTile {
+    id: days
     value: tiles.figures.activeDays
     caption: qsTr("Active days")
     valueFont: tiles.valueFont
     padding: tiles.padding
   }
   MetricTile {
+    id: sent
     value: tiles.figures.sent
     caption: qsTr("Sent")
     valueFont: tiles.valueFont
     padding: tiles.padding
   }
   MetricTile {
+    id: received
     value: tiles.figures.received
     caption: qsTr("Received")
     valueFont: tiles.valueFont
     padding: tiles.padding
   }
   MetricTile {
+    id: lateNight
     value: tiles.figures.lateNight
     caption: qsTr("Late night")
     valueFont: tiles.valueFont

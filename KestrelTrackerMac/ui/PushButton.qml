@@ -16,6 +16,7 @@ Button {
   bottomPadding: 0
   implicitHeight: Math.max(28, Math.round(2.4 * Theme.body))
   Accessible.name: text
+  Accessible.onPressAction: button.clicked()
   Keys.onReturnPressed: button.clicked()
   Keys.onEnterPressed: button.clicked()
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Tidewell
 
@@ -10,6 +9,19 @@ ColumnLayout {
   required property MessagesCompanionCoordinator coordinator
 
   spacing: 16
+
+  Connections {
+    target: panel.coordinator
+
+    // A scan that gives the figures of the one before has a result all the same.
+    function onIsScanningChanged() {
+      if (panel.coordinator.isScanning) {
+        Announcer.announce(progress);
+      } else {
+        Announcer.announce(panel.coordinator.errorMessage === "" ? result : failure);
+      }
+    }
+  }
 
   Prose {
     text: qsTr("Nothing is read until you start a scan. Results stay in this app for the current session and are not uploaded.")
@@ -28,6 +40,7 @@ ColumnLayout {
       Prose {
         text: picker.title
         color: Theme.colors.secondaryText
+        lineSpacing: 1.2
         wrapMode: Text.NoWrap
         Accessible.ignored: true
       }
@@ -45,34 +58,13 @@ ColumnLayout {
       onClicked: panel.coordinator.scan()
     }
   }
-  RowLayout {
+  ScanProgress {
+    id: progress
     visible: panel.coordinator.isScanning
-    spacing: 10
     Layout.fillWidth: true
-
-    BusyIndicator {
-      running: panel.coordinator.isScanning && !Theme.reduceMotion
-      visible: !Theme.reduceMotion
-      padding: 0
-      palette.dark: Theme.colors.tint
-      Layout.preferredWidth: 18
-      Layout.preferredHeight: 18
-      Accessible.ignored: true
-    }
-    SymbolImage {
-      name: "ellipsis"
-      color: Theme.colors.tint
-      visible: Theme.reduceMotion
-      Layout.preferredWidth: 18
-      Layout.preferredHeight: 18
-    }
-    Prose {
-      text: qsTr("Summarizing on this Mac…")
-      color: Theme.colors.secondaryText
-      Layout.fillWidth: true
-    }
   }
   SymbolLabel {
+    id: failure
     visible: panel.coordinator.errorMessage !== ""
     symbol: "exclamationmark.circle"
     text: panel.coordinator.errorMessage
@@ -80,6 +72,7 @@ ColumnLayout {
     Layout.fillWidth: true
   }
   SummaryView {
+    id: result
     visible: panel.coordinator.hasSummary
     figures: panel.coordinator.figures
     Layout.fillWidth: true

@@ -8,54 +8,26 @@ ColumnLayout {
 
   required property messagesSummaryFigures figures
   readonly property bool isEmpty: figures.recentDays.length === 0
+  readonly property string nothing: qsTr("No Messages activity was found in the selected window.")
 
   spacing: 20
+  Accessible.role: Accessible.Grouping
+  Accessible.name: isEmpty ? nothing : tiles.spoken
 
   MetricTiles {
+    id: tiles
     figures: view.figures
     Layout.fillWidth: true
   }
   Prose {
     visible: view.isEmpty
-    text: qsTr("No Messages activity was found in the selected window.")
+    text: view.nothing
     color: Theme.colors.secondaryText
     Layout.fillWidth: true
   }
-  ColumnLayout {
+  RecentDays {
     visible: !view.isEmpty
-    spacing: 0
+    days: view.figures.recentDays
     Layout.fillWidth: true
-
-    Prose {
-      text: qsTr("Recent daily activity")
-      heading: true
-      font.weight: Font.DemiBold
-      Layout.fillWidth: true
-      Layout.bottomMargin: 6
-    }
-    ColumnLayout {
-      spacing: 0
-      Layout.fillWidth: true
-      Accessible.role: Accessible.List
-      Accessible.name: qsTr("Recent daily activity")
-
-      Repeater {
-        model: view.figures.recentDays
-
-        ColumnLayout {
-          id: entry
-          required property messagesDayFigures modelData
-          spacing: 0
-
-          Divider {}
-          DayRow {
-            day: entry.modelData
-            Layout.fillWidth: true
-            Layout.topMargin: 9
-            Layout.bottomMargin: 9
-          }
-        }
-      }
-    }
   }
 }

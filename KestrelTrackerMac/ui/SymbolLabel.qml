@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Tidewell
 
-// A symbol with its text. The symbol stands in the middle of the first line.
+// A symbol with its text, one element to screen readers. The symbol stands in the middle of the first line.
 RowLayout {
   id: label
 
@@ -13,13 +13,16 @@ RowLayout {
   property alias heading: prose.heading
   property real symbolSize: Math.round(1.3 * font.pixelSize)
 
+  Accessible.role: heading ? Accessible.Heading : Accessible.StaticText
+  Accessible.name: text
   spacing: Math.round(0.2 * font.pixelSize) + 4
 
   SymbolImage {
     name: label.symbol
     color: label.color
     Layout.alignment: Qt.AlignTop
-    Layout.topMargin: Math.round((prose.lineHeight - height) / 2)
+    // Letters stand a little above the middle of their line.
+    Layout.topMargin: Math.round((prose.lineHeight - height) / 2 - 0.1 * label.font.pixelSize)
     Layout.preferredWidth: label.symbolSize
     Layout.preferredHeight: label.symbolSize
   }
@@ -27,6 +30,7 @@ RowLayout {
     id: prose
     text: label.text
     color: label.color
+    Accessible.ignored: true
     Layout.fillWidth: true
   }
 }

@@ -20,6 +20,8 @@ RadioButton {
   Layout.fillHeight: true
   Layout.preferredWidth: 1
   Accessible.name: text
+  Accessible.onPressAction: segment.clicked()
+  Accessible.onToggleAction: segment.clicked()
 
   contentItem: Text {
     text: segment.text

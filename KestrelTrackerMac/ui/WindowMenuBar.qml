@@ -19,6 +19,7 @@ MenuBar {
     rightPadding: 10
     topPadding: 4
     bottomPadding: 4
+    Accessible.role: Accessible.MenuItem
     Accessible.name: text
     contentItem: Text {
       text: title.text

@@ -1,0 +1,84 @@
+#include "HelpText.h"
+
+#include "Arguments.h"
+#include "StatusMeanings.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+namespace kestrel {
+namespace {
+
+constexpr std::size_t columns = 80;
+
+/// `pieces` in lines of at most `columns`, the first one after `lead`, the others indented as far as
+/// `indent`.
+std::string wrapped(std::string lead, std::size_t indent, const std::vector<std::string>& pieces) {
+  std::string text;
+  std::string line = std::move(lead);
+  line.resize(std::max(line.size(), indent), ' ');
+  bool lineIsNew = true;
+  for (const std::string& piece : pieces) {
+    if (!lineIsNew && line.size() + 1 + piece.size() > columns) {
+      text += line + '\n';
+      line.assign(indent, ' ');
+      lineIsNew = true;
+    }
+    line += (lineIsNew ? "" : " ") + piece;
+    lineIsNew = false;
+  }
+  return text + line + '\n';
+}
+
+std::vector<std::string> words(const std::string& text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+/// An entry of a list: the term, then what it means in a column of its own, on the next line where the term
+/// reaches into that column.
+std::string entry(const std::string& term, std::size_t column, const std::string& meaning) {
+  const std::string lead = "  " + term;
+  return lead.size() + 2 > column ? lead + '\n' + wrapped("", column, words(meaning))
+                                  : wrapped(lead, column, words(meaning));
+}
+
+}  // namespace
+
+std::string helpText(const ProgramDescription& description, const CLI::App& app) {
+  const auto arguments = argumentsOf(app);
+  const std::string usage = "Usage: " + description.name + ' ';
+  std::string text = wrapped(usage, usage.size(), usageOf(arguments)) + '\n';
+
+  std::istringstream details(description.details);
+  for (std::string paragraph; std::getline(details, paragraph);) {
+    text += paragraph.empty() ? "\n" : wrapped("", 0, words(paragraph));
+  }
+
+  constexpr std::size_t widest = 24;
+  std::size_t column = 0;
+  for (const Argument& argument : arguments) {
+    column = std::max(column, argument.synopsis().size() + 4);
+  }
+  column = std::min(column, widest);
+  text += "\nOptions:\n";
+  for (const Argument& argument : arguments) {
+    text += entry(argument.synopsis(), column, argument.description);
+  }
+
+  text += "\nExit status:\n";
+  for (const auto& [status, meaning] : statusMeanings(description)) {
+    text += entry(fmt::format("{}", static_cast<int>(status)), 5, meaning);
+  }
+  text +=
+      fmt::format("\nExample:\n  {}\n", description.example) + wrapped("", 6, words(description.exampleDoes));
+  return text;
+}
+
+}  // namespace kestrel

@@ -1,0 +1,107 @@
+#include <command-line/Program.h>
+
+#include "Completions.h"
+#include "HelpText.h"
+#include "ManPage.h"
+#include "StandardStreams.h"
+
+#include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/foundation/QuotedText.h>
+#include <KestrelKit/foundation/TimeZone.h>
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace kestrel {
+namespace {
+
+constexpr std::string_view version = TIDEWELL_VERSION;
+
+std::optional<std::string> generated(std::string_view kind, const ProgramDescription& description,
+                                     const CLI::App& app) {
+  if (kind == "man") {
+    return manPage(description, app, version);
+  }
+  if (kind == "bash") {
+    return bashCompletion(description.name, app);
+  }
+  if (kind == "zsh") {
+    return zshCompletion(description.name, app);
+  }
+  if (kind == "fish") {
+    return fishCompletion(description.name, app);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+Program::Program(ProgramDescription description)
+    : description_(std::move(description)), app_("", description_.name) {
+  app_.set_help_flag();  // Added last, see run().
+}
+
+void Program::addTimeZoneOption() {
+  app_.add_option_function<std::string>(
+          "--timezone",
+          [](const std::string& name) {
+            if (!TimeZone::named(name)) {
+              throw CLI::ValidationError("--timezone",
+                                         kestrel::quoted(name) + " is not the name of a time zone");
+            }
+            setenv("TZ", name.c_str(), 1);
+            tzset();
+          },
+          "The time zone that days and hours are counted in, by its IANA name, such as Europe/Zurich. By "
+          "default "
+          "that of the environment variable TZ, else the system's.")
+      ->type_name("ID");
+}
+
+int Program::run(int argc, const char* const* argv,
+                 const std::function<std::expected<std::string, Failure>()>& action) {
+  reserveStandardStreams();
+  std::signal(SIGPIPE, SIG_IGN);
+  setProgrammingErrorEnding([] { std::_Exit(static_cast<int>(ExitStatus::ruleBroken)); });
+  app_.set_help_flag("-h,--help", "Print this text and end.");
+  app_.set_version_flag("--version", fmt::format("{} {}\n", description_.name, version),
+                        "Print the version and end.");
+
+  const auto result = [&]() -> std::expected<std::string, Failure> {
+    if (argc == 3 && std::string_view(argv[1]) == "--generate") {
+      if (auto text = generated(argv[2], description_, app_)) {
+        return *std::move(text);
+      }
+    }
+    try {
+      app_.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+      return helpText(description_, app_);
+    } catch (const CLI::CallForVersion& versionText) {
+      return versionText.what();
+    } catch (const CLI::ParseError& error) {
+      return std::unexpected(
+          Failure{ExitStatus::wrongUse, fmt::format("{} (see {} --help)", error.what(), description_.name)});
+    }
+    return action();
+  }();
+
+  Failure failure;
+  if (!result) {
+    failure = result.error();
+  } else if (const auto written = writeToStandardOutput(*result); !written) {
+    failure = {ExitStatus::fileFailed, "standard output: " + written.error()};
+  } else {
+    return static_cast<int>(ExitStatus::done);
+  }
+  writeErrorLine(description_.name, failure.message);
+  return static_cast<int>(failure.status);
+}
+
+}  // namespace kestrel

@@ -1,0 +1,54 @@
+#include "StandardStreams.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace kestrel {
+namespace {
+
+std::expected<void, std::string> writeAll(int stream, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(stream, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      return std::unexpected(std::generic_category().message(errno));
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+void reserveStandardStreams() noexcept {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(stream, F_GETFD) == -1) {
+      // The lowest number that is free, which is this one's. The output streams cannot be written through it.
+      (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
+std::expected<void, std::string> writeToStandardOutput(std::string_view text) {
+  return writeAll(STDOUT_FILENO, text);
+}
+
+void writeErrorLine(std::string_view program, std::string_view message) {
+  std::string line = fmt::format("{}: ", program);
+  for (const char character : message) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0x20 || byte == 0x7F) {
+      line += fmt::format("\\u{:04X}", byte);
+    } else {
+      line += character;
+    }
+  }
+  line += '\n';
+  (void)writeAll(STDERR_FILENO, line);  // There is nowhere left to say that it failed.
+}
+
+}  // namespace kestrel

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <expected>
+#include <string>
+#include <string_view>
+
+namespace kestrel {
+
+/// Makes sure that no file that is opened later takes the place of a standard stream that the process was
+/// started without: writing to that stream stays a failure, and never ends up in the file.
+void reserveStandardStreams() noexcept;
+
+/// Writes `text` to standard output; fails with the system's reason.
+[[nodiscard]] std::expected<void, std::string> writeToStandardOutput(std::string_view text);
+
+/// Writes `program: message` to standard error, as one line whatever is in it: control characters are written
+/// as
+/// `\u000A`.
+void writeErrorLine(std::string_view program, std::string_view message);
+
+}  // namespace kestrel

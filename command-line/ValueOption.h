@@ -1,0 +1,34 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <KestrelKit/foundation/QuotedText.h>
+
+#include <optional>
+#include <string>
+
+namespace kestrel {
+
+/// Adds to `app` the option `name` with one value. `parse` turns its text into `value`, or gives nothing for
+/// a text that is wrong use: the error line then says that it is not `expected`, for instance "a whole
+/// number". `value` must outlive the parsing.
+template <typename Value, typename Parse>
+CLI::Option* addValueOption(CLI::App& app, const std::string& name, std::optional<Value>& value, Parse parse,
+                            const std::string& expected, const std::string& description) {
+  return app.add_option_function<std::string>(
+      name,
+      [name, expected, parse, &value](const std::string& text) {
+        value = parse(text);
+        if (!value) {
+          throw CLI::ValidationError(name, kestrel::quoted(text) + " is not " + expected);
+        }
+      },
+      description);
+}
+
+/// Adds a flag, which takes no value (`--json=false` is wrong use).
+inline CLI::Option* addFlag(CLI::App& app, const std::string& name, bool& given,
+                            const std::string& description) {
+  return app.add_flag(name, given, description)->disable_flag_override();
+}
+
+}  // namespace kestrel

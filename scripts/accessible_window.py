@@ -1,0 +1,211 @@
+"""Drives Tidewell's window as a person with assistive technology would: through the accessibility bus.
+
+Needs the environment that scripts/virtual-desktop gives, or a desktop. Everything waits for a condition, never for a
+time; a wait that is not met within PATIENCE says what it waited for and what it saw.
+"""
+
+import contextlib
+import os
+import signal
+import subprocess
+import time
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+PATIENCE = 60  # seconds that a step may take on a slow and busy machine
+
+
+def wait_until(condition, what, describe=lambda: ""):
+    """The first true value of `condition`."""
+    deadline = time.monotonic() + PATIENCE
+    context = GLib.MainContext.default()
+    while True:
+        while context.iteration(False):
+            pass
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise AssertionError(f"waited in vain for {what}\n{describe()}")
+        time.sleep(0.02)
+
+
+class Node:
+    """One accessible object. What has gone from the screen has no role, no name and no children."""
+
+    def __init__(self, accessible):
+        self._accessible = accessible
+
+    def _ask(self, question, otherwise):
+        try:
+            return question(self._accessible)
+        except (GLib.Error, AttributeError):
+            return otherwise
+
+    @property
+    def role(self):
+        return self._ask(lambda node: node.get_role_name(), "")
+
+    @property
+    def name(self):
+        return self._ask(lambda node: node.get_name(), "")
+
+    @property
+    def process(self):
+        return self._ask(lambda node: node.get_process_id(), None)
+
+    @property
+    def children(self):
+        def those(node):
+            found = [node.get_child_at_index(index) for index in range(node.get_child_count())]
+            return [Node(child) for child in found if child]
+        return self._ask(those, [])
+
+    @property
+    def descendants(self):
+        for child in self.children:
+            yield child
+            yield from child.descendants
+
+    def has(self, state):
+        return self._ask(lambda node: node.get_state_set().contains(state), False)
+
+    @property
+    def showing(self):
+        return self.has(Atspi.StateType.SHOWING)
+
+    @property
+    def focused(self):
+        return self.has(Atspi.StateType.FOCUSED)
+
+    @property
+    def focusable(self):
+        return self.has(Atspi.StateType.FOCUSABLE)
+
+    @property
+    def checked(self):
+        return self.has(Atspi.StateType.CHECKED)
+
+    @property
+    def actions(self):
+        def names(node):
+            action = node.get_action_iface()
+            return [action.get_action_name(index) for index in range(action.get_n_actions())] if action else []
+        return self._ask(names, [])
+
+    def press(self):
+        """Does what a press of the control does: its first action that is not taking the focus."""
+        index = next(index for index, name in enumerate(self.actions) if name != "SetFocus")
+        self._accessible.get_action_iface().do_action(index)
+
+    def outline(self, depth=0):
+        """The tree below as lines of role and name, two blanks a level; what takes focus has a star."""
+        lines = []
+        for child in self.children:
+            lines.append(f"{'  ' * depth}{child.role}: {child.name}{' *' if child.focusable else ''}")
+            lines += child.outline(depth + 1)
+        return lines
+
+
+class Tidewell:
+    """A running Tidewell. Ends it when the block that it is made for ends.
+
+    `program` is the command; `home` the home folder, which holds Library/Messages/chat.db.
+    """
+
+    def __init__(self, program, home=None, environment=None):
+        settings = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **(environment or {}))
+        if home:
+            settings["HOME"] = str(home)
+        command = [str(part) for part in (program if isinstance(program, list) else [program])]
+        self.process = subprocess.Popen(command, env=settings, start_new_session=True)
+        self.alerts = []
+        self._root = None
+        self._listener = Atspi.EventListener.new(self._hear)
+        self._listener.register("object:alert")
+        self._listener.register("object:announcement")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        with contextlib.suppress(GLib.Error):
+            self._listener.deregister("object:alert")
+            self._listener.deregister("object:announcement")
+        with contextlib.suppress(ProcessLookupError):
+            os.killpg(self.process.pid, signal.SIGKILL)
+        self.process.wait()
+
+    def _hear(self, event):
+        with contextlib.suppress(GLib.Error):
+            if event.source.get_process_id() == self._pid():
+                self.alerts.append(event.source.get_name())
+
+    def _pid(self):
+        return self._root.process if self._root else None
+
+    def _connected(self):
+        """The application's root on the accessibility bus."""
+        if self.process.poll() is not None:
+            raise AssertionError(f"Tidewell ended with status {self.process.returncode}")
+        if self._root is None or not self._root.children:
+            family = processes_of(os.getpgid(self.process.pid))
+            desktop = Node(Atspi.get_desktop(0))
+            roots = [root for root in desktop.children if root.process in family and root.name == "tidewell"]
+            self._root = roots[0] if roots else None
+            if self._root:
+                self._root._accessible.set_cache_mask(Atspi.Cache.NONE)
+        return self._root
+
+    def find_now(self, role, name=None):
+        root = self._connected()
+        if not root:
+            return None
+        return next((node for node in root.descendants
+                     if node.role == role and (name is None or node.name == name) and node.showing), None)
+
+    def find(self, role, name=None):
+        """The first object of that role and name on the screen, as soon as there is one."""
+        return wait_until(lambda: self.find_now(role, name), f"{role} “{name}”", self.picture)
+
+    def names(self, role):
+        root = self._connected()
+        return [node.name for node in root.descendants if node.role == role] if root else []
+
+    def wait_for(self, condition, what):
+        return wait_until(condition, what, self.picture)
+
+    def nodes(self):
+        root = self._connected()
+        return list(root.descendants) if root else []
+
+    @property
+    def in_front(self):
+        return any(node.role == "frame" and node.has(Atspi.StateType.ACTIVE) for node in self.nodes())
+
+    def focused_control(self):
+        """What has the focus of the keyboard, or nothing."""
+        return next((node for node in self.nodes() if node.focused and node.role != "frame"), None)
+
+    def picture(self):
+        """The whole tree, as lines for people."""
+        root = self._connected()
+        return "\n".join(root.outline()) if root else "nothing on the accessibility bus"
+
+    def wait_for_end(self):
+        """The exit status."""
+        wait_until(lambda: self.process.poll() is not None, "the end of the process")
+        return self.process.returncode
+
+
+def processes_of(group):
+    """The ids of the processes in a process group."""
+    found = set()
+    for entry in filter(str.isdigit, os.listdir("/proc")):
+        with contextlib.suppress(ProcessLookupError):
+            if os.getpgid(int(entry)) == group:
+                found.add(int(entry))
+    return found

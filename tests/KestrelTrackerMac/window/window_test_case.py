@@ -1,0 +1,51 @@
+"""What the tests of the window share: a home of its own, a history in it, and the running application."""
+
+import os
+import shutil
+import sqlite3
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+from accessible_window import Tidewell
+
+PROGRAM = os.environ["TIDEWELL"]
+SAMPLE_HISTORY = os.environ["TIDEWELL_SAMPLE_HISTORY"]
+
+
+class WindowTestCase(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        os.environ["TZ"] = "UTC"
+        os.environ["LC_ALL"] = "C.UTF-8"
+        self.home = Path(tempfile.mkdtemp(prefix="tidewell-home-"))
+        self.addCleanup(shutil.rmtree, self.home)
+        self.database = self.home / "Library" / "Messages" / "chat.db"
+        self.database.parent.mkdir(parents=True)
+
+    def write_history(self, messages, days):
+        """A sample history whose last message is of the last minutes."""
+        subprocess.run([SAMPLE_HISTORY, self.database, "--messages", str(messages), "--days", str(days), "--seed", "7"],
+                       check=True)
+
+    def ask(self, query):
+        with sqlite3.connect(f"file:{self.database}?mode=ro", uri=True) as connection:
+            return connection.execute(query).fetchall()
+
+    def start(self, program=PROGRAM, **environment):
+        window = Tidewell(program, self.home, environment)
+        self.addCleanup(window.__exit__)
+        return window
+
+    def start_ready(self, program=PROGRAM, **environment):
+        """The application, once it has found out that the history can be read."""
+        window = self.start(program, **environment)
+        window.find("push button", "Scan Locally")
+        return window
+
+
+def key(*keys):
+    """Presses keys as the keyboard would; they reach the window that has the focus."""
+    subprocess.run(["xdotool", "key", "--clearmodifiers", *keys], check=True)

@@ -1,0 +1,129 @@
+#include <tidewell-scan/ScanTable.h>
+
+#include <KestrelKit/foundation/Calendar.h>
+#include <KestrelKit/foundation/CheckedSum.h>
+#include <KestrelKit/foundation/Instant.h>
+#include <KestrelTrackerMac/reading/MessageDayAggregate.h>
+#include <fmt/format.h>
+#include <unicode/locid.h>
+#include <unicode/numberformatter.h>
+#include <unicode/utypes.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace kestrel::companion {
+namespace {
+
+using Row = std::array<std::string, 6>;
+
+/// Numbers as the user writes them.
+class Numbers {
+ public:
+  explicit Numbers(std::string_view locale) {
+    const auto language = locale.substr(0, locale.find('.'));
+    const bool plain = language.empty() || language == "C" || language == "POSIX";
+    const auto named =
+        plain ? icu::Locale("en", "US", "POSIX") : icu::Locale::createCanonical(std::string(locale).c_str());
+    format_ = icu::number::NumberFormatter::withLocale(named);
+  }
+
+  std::string whole(std::int64_t number) const {
+    UErrorCode status = U_ZERO_ERROR;
+    return text(format_.formatInt(number, status), status);
+  }
+
+  std::string withOneDecimal(double number) const {
+    UErrorCode status = U_ZERO_ERROR;
+    return text(format_.precision(icu::number::Precision::fixedFraction(1)).formatDouble(number, status),
+                status);
+  }
+
+ private:
+  static std::string text(const icu::number::FormattedNumber& number, UErrorCode& status) {
+    std::string result;
+    number.toString(status).toUTF8String(result);
+    return result;
+  }
+
+  icu::number::LocalizedNumberFormatter format_;
+};
+
+/// How many columns `text` takes, all of its characters being digits, letters and the like.
+std::size_t width(std::string_view text) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
+std::string dayKey(std::optional<Instant> instant) {
+  const auto day = instant ? Calendar::current().components(*instant) : std::nullopt;
+  return day ? fmt::format("{:04}-{:02}-{:02}", day->year, day->month, day->day) : "?";
+}
+
+std::int64_t total(const MessagesScanSummary& summary, std::int64_t MessageDayAggregate::*count) {
+  std::int64_t sum = 0;
+  for (const MessageDayAggregate& day : summary.daily) {
+    sum = checkedSum(sum, day.*count);
+  }
+  return sum;
+}
+
+}  // namespace
+
+std::string scanTable(const MessagesScanSummary& summary, std::string_view locale) {
+  const Numbers numbers(locale);
+  // Not "from … to …": what is dated after the instant of the scan counts, too.
+  std::string text =
+      fmt::format("Messages activity since {}, {} {} before {}\n\n",
+                  dayKey(Calendar::current().addingDays(summary.scannedAt, -summary.requestedDays)),
+                  numbers.whole(summary.requestedDays), summary.requestedDays == 1 ? "day" : "days",
+                  dayKey(summary.scannedAt));
+  if (summary.daily.empty()) {
+    return text + "No Messages activity was found in the selected window.\n";
+  }
+
+  std::vector<Row> rows{{"Day", "Sent", "Received", "Conversations", "Late night", "Average length"}};
+  for (const MessageDayAggregate& day : summary.daily) {
+    rows.push_back({day.date, numbers.whole(day.sentCount), numbers.whole(day.receivedCount),
+                    numbers.whole(day.activeConversationCount), numbers.whole(day.lateNightCount),
+                    day.averageMessageLength ? numbers.withOneDecimal(*day.averageMessageLength) : "-"});
+  }
+  // A conversation that goes on for days is one, and an average of averages none: these columns have no
+  // total.
+  rows.push_back({fmt::format("{} {}", numbers.whole(static_cast<std::int64_t>(summary.daily.size())),
+                              summary.daily.size() == 1 ? "day" : "days"),
+                  numbers.whole(total(summary, &MessageDayAggregate::sentCount)),
+                  numbers.whole(total(summary, &MessageDayAggregate::receivedCount)), "",
+                  numbers.whole(total(summary, &MessageDayAggregate::lateNightCount)), ""});
+
+  constexpr std::size_t gap = 2;
+  std::array<std::size_t, std::tuple_size_v<Row>> widths{};
+  std::size_t whole = gap * (widths.size() - 1);
+  for (std::size_t column = 0; column < widths.size(); ++column) {
+    for (const Row& row : rows) {
+      widths[column] = std::max(widths[column], width(row[column]));
+    }
+    whole += widths[column];
+  }
+  const std::string rule = std::string(whole, '-') + '\n';
+  for (std::size_t index = 0; index < rows.size(); ++index) {
+    if (index == 1 || index + 1 == rows.size()) {
+      text += rule;
+    }
+    std::string line;
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+      const std::string& cell = rows[index][column];
+      const std::string padding(widths[column] - width(cell), ' ');
+      line += column == 0 ? cell + padding : std::string(gap, ' ') + padding + cell;
+    }
+    line.erase(line.find_last_not_of(' ') + 1);
+    text += line + '\n';
+  }
+  return text;
+}
+
+}  // namespace kestrel::companion
