@@ -41,14 +41,33 @@ constexpr std::int64_t historyDays = 400;                                 // so 
   std::exit(1);
 }
 
+/// Does `work` in a process of its own, whose memory this one's does not blur, and gives what it used.
+template <typename Work>
+rusage inProcess(const Work& work) {
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    std::_Exit(0);
+  }
+  rusage usage{};
+  int status = 0;
+  if (child < 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
+    fail("a process of the benchmark failed");
+  }
+  return usage;
+}
+
 std::filesystem::path historyOf(const std::filesystem::path& folder, std::int64_t messages) {
   const auto path = folder / fmt::format("messages-{}.db", messages);
   if (!std::filesystem::exists(path)) {
-    const auto written = kestrel::writeSampleHistory(
-        path, {.messages = messages, .days = historyDays, .seed = 1, .end = now, .utcOffset = {}});
-    if (!written) {
-      fail(written.error());
-    }
+    inProcess([&] {
+      const auto written = kestrel::writeSampleHistory(
+          path, {.messages = messages, .days = historyDays, .seed = 1, .end = now, .utcOffset = {}});
+      if (!written) {
+        fail(written.error());
+      }
+    });
   }
   return path;
 }
@@ -135,18 +154,7 @@ Comparison compare(const std::filesystem::path& path, std::int64_t days, int pai
 
 /// The most memory, in KiB, that a process of its own held while it did `work`.
 long peakMemory(Work work, const std::filesystem::path& path, std::int64_t days) {
-  std::fflush(stdout);
-  const pid_t child = fork();
-  if (child == 0) {
-    work(path, days);
-    std::_Exit(0);
-  }
-  rusage usage{};
-  int status = 0;
-  if (child < 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
-    fail("the measured process failed");
-  }
-  return usage.ru_maxrss;
+  return inProcess([&] { work(path, days); }).ru_maxrss;
 }
 
 }  // namespace

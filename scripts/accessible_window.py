@@ -178,6 +178,18 @@ class Tidewell:
     def wait_for(self, condition, what):
         return wait_until(condition, what, self.picture)
 
+    def nodes(self):
+        root = self._connected()
+        return list(root.descendants) if root else []
+
+    @property
+    def in_front(self):
+        return any(node.role == "frame" and node.has(Atspi.StateType.ACTIVE) for node in self.nodes())
+
+    def focused_control(self):
+        """What has the focus of the keyboard, or nothing."""
+        return next((node for node in self.nodes() if node.focused and node.role != "frame"), None)
+
     def picture(self):
         """The whole tree, as lines for people."""
         root = self._connected()

@@ -107,7 +107,7 @@ std::filesystem::path homeInUserDatabase() {
 }  // namespace
 
 std::filesystem::path defaultMessagesDatabase() {
-  const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+  const char* home = std::getenv("HOME");
   return (home && *home ? std::filesystem::path(home) : homeInUserDatabase()) / "Library/Messages/chat.db";
 }
 
