@@ -1,0 +1,60 @@
+"""What screen readers find: the whole tree as a kept text, and what every control owes them."""
+
+import difflib
+import os
+import unittest
+from pathlib import Path
+
+from window_test_case import WindowTestCase
+
+BASELINES = Path(__file__).parent / "baselines"
+
+
+class AccessibilityTree(WindowTestCase):
+    def assert_baseline(self, name, window):
+        """Compares with the kept text. TIDEWELL_KEEP_BASELINES=1 keeps what there is now."""
+        path = BASELINES / f"{name}.txt"
+        found = window.picture() + "\n"
+        if os.environ.get("TIDEWELL_KEEP_BASELINES") == "1":
+            BASELINES.mkdir(exist_ok=True)
+            path.write_text(found, encoding="utf-8")
+        kept = path.read_text(encoding="utf-8")
+        difference = difflib.unified_diff(kept.splitlines(), found.splitlines(), "kept", "found", lineterm="")
+        self.assertEqual(kept, found, "\n".join(difference))
+
+    def assert_everything_that_takes_focus_is_named(self, window):
+        nameless = [node.role for node in window.nodes() if node.focusable and not (node.role and node.name)]
+        self.assertEqual(nameless, [], window.picture())
+
+    def test_ready(self):
+        self.write_history(messages=0, days=1)
+        window = self.start_ready()
+        self.assert_everything_that_takes_focus_is_named(window)
+        self.assert_baseline("ready", window)
+
+    def test_after_a_scan_without_activity(self):
+        self.write_history(messages=0, days=1)
+        window = self.start_ready()
+        window.find("push button", "Scan Locally").press()
+        window.find("label", "No Messages activity was found in the selected window.")
+        self.assert_everything_that_takes_focus_is_named(window)
+        self.assert_baseline("empty", window)
+
+    def test_after_a_scan_with_activity(self):
+        self.write_history(messages=3_000, days=60)
+        window = self.start_ready()
+        window.find("push button", "Scan Locally").press()
+        window.find("push button", "Scan Again")
+        window.wait_for(lambda: len(window.names("list item")) == 7, "seven days")
+        self.assert_everything_that_takes_focus_is_named(window)
+
+    def test_permission_needed(self):
+        window = self.start()
+        window.find("push button", "Open Full Disk Access")
+        window.find("label", "Messages access: Permission needed")
+        self.assert_everything_that_takes_focus_is_named(window)
+        self.assert_baseline("permission", window)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
