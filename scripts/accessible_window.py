@@ -125,7 +125,6 @@ class Tidewell:
         self.alerts = []
         self._root = None
         self._listener = Atspi.EventListener.new(self._hear)
-        self._listener.register("object:alert")
         self._listener.register("object:announcement")
 
     def __enter__(self):
@@ -133,7 +132,6 @@ class Tidewell:
 
     def __exit__(self, *_):
         with contextlib.suppress(GLib.Error):
-            self._listener.deregister("object:alert")
             self._listener.deregister("object:announcement")
         with contextlib.suppress(ProcessLookupError):
             os.killpg(self.process.pid, signal.SIGKILL)
@@ -141,11 +139,8 @@ class Tidewell:
 
     def _hear(self, event):
         with contextlib.suppress(GLib.Error):
-            if event.source.get_process_id() == self._pid():
-                self.alerts.append(event.source.get_name())
-
-    def _pid(self):
-        return self._root.process if self._root else None
+            if self._root and event.source.get_process_id() == self._root.process:
+                self.alerts.append(event.any_data)
 
     def _connected(self):
         """The application's root on the accessibility bus."""
@@ -185,6 +180,10 @@ class Tidewell:
     @property
     def in_front(self):
         return any(node.role == "frame" and node.has(Atspi.StateType.ACTIVE) for node in self.nodes())
+
+    @property
+    def visible(self):
+        return any(node.role == "frame" and node.showing for node in self.nodes())
 
     def focused_control(self):
         """What has the focus of the keyboard, or nothing."""

@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QString>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -12,9 +13,10 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <sys/socket.h>
@@ -29,6 +31,13 @@ using namespace std::chrono_literals;
 
 constexpr auto patience = 60s;  // on a slow and busy machine
 
+/// A start on a thread stands in the place of one in a process of its own.
+std::unique_ptr<QThread> inThread(const std::function<void()>& start) {
+  std::unique_ptr<QThread> thread{QThread::create(start)};
+  thread->start();
+  return thread;
+}
+
 /// Every case has a runtime folder of its own, so that it meets no other process.
 class SingleInstanceTest : public testing::Test {
  protected:
@@ -36,19 +45,19 @@ class SingleInstanceTest : public testing::Test {
 
   QString runtimeFolder() const { return runtime_.path(); }
 
-  /// Starts the application once more, on a thread in the place of a process, while this one handles its events.
+  /// Starts the application once more, while this thread handles its events.
   static bool claimsElsewhere() {
     std::atomic<bool> done = false;
     bool claimed = false;
-    std::thread other{[&] {
+    const auto other = inThread([&] {
       SingleInstance instance;
       claimed = instance.claim(patience);
       done = true;
-    }};
+    });
     while (!done) {
       QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     }
-    other.join();
+    other->wait();
     return claimed;
   }
 
@@ -87,12 +96,12 @@ TEST_F(SingleInstanceTest, oneThatEndsWhileItIsAskedIsSucceeded) {
   std::optional<SingleInstance> first{std::in_place};
   ASSERT_TRUE(first->claim());
   bool claimed = false;
-  std::thread other{[&claimed] {
+  const auto other = inThread([&claimed] {
     SingleInstance instance;
     claimed = instance.claim(patience);
-  }};
+  });
   first.reset();  // it has answered nobody
-  other.join();
+  other->wait();
   EXPECT_TRUE(claimed);
 }
 
@@ -100,10 +109,10 @@ TEST_F(SingleInstanceTest, oneThatDoesNotAnswerFindsTheRequestLater) {
   SingleInstance first;
   ASSERT_TRUE(first.claim());
   bool claimed = true;
-  std::thread{[&claimed] {
+  inThread([&claimed] {
     SingleInstance instance;
     claimed = instance.claim(50ms);
-  }}.join();
+  })->wait();
   EXPECT_FALSE(claimed);
   bool called = false;
   QObject::connect(&first, &SingleInstance::startedAgain, [&called] { called = true; });
@@ -117,9 +126,9 @@ TEST_F(SingleInstanceTest, ofSimultaneousStartsOneRuns) {
   constexpr int starts = 8;
   std::atomic<int> claimed = 0;
   std::atomic<int> ended = 0;
-  std::vector<std::thread> threads;
+  std::vector<std::unique_ptr<QThread>> threads;
   for (int start = 0; start < starts; ++start) {
-    threads.emplace_back([&] {
+    threads.push_back(inThread([&] {
       SingleInstance instance;
       const bool runs = instance.claim(patience);
       claimed += runs ? 1 : 0;
@@ -128,10 +137,10 @@ TEST_F(SingleInstanceTest, ofSimultaneousStartsOneRuns) {
       while (runs && ended < starts) {
         events.processEvents(QEventLoop::AllEvents, 10);
       }
-    });
+    }));
   }
-  for (std::thread& thread : threads) {
-    thread.join();
+  for (const auto& thread : threads) {
+    thread->wait();
   }
   EXPECT_EQ(claimed, 1);
 }

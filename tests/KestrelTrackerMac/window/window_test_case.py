@@ -19,7 +19,7 @@ class WindowTestCase(unittest.TestCase):
 
     def setUp(self):
         os.environ["TZ"] = "UTC"
-        os.environ["LC_ALL"] = "C.UTF-8"
+        os.environ["LC_ALL"] = "en_US.UTF-8"
         self.home = Path(tempfile.mkdtemp(prefix="tidewell-home-"))
         self.addCleanup(shutil.rmtree, self.home)
         self.database = self.home / "Library" / "Messages" / "chat.db"
@@ -34,6 +34,11 @@ class WindowTestCase(unittest.TestCase):
         with sqlite3.connect(f"file:{self.database}?mode=ro", uri=True) as connection:
             return connection.execute(query).fetchall()
 
+    def change_history(self, statements):
+        connection = sqlite3.connect(self.database)
+        connection.executescript(statements)
+        connection.close()
+
     def start(self, program=PROGRAM, **environment):
         window = Tidewell(program, self.home, environment)
         self.addCleanup(window.__exit__)
@@ -44,6 +49,10 @@ class WindowTestCase(unittest.TestCase):
         window = self.start(program, **environment)
         window.find("push button", "Scan Locally")
         return window
+
+
+def output_of(*command):
+    return subprocess.run(command, stdout=subprocess.PIPE, text=True).stdout
 
 
 def key(*keys):

@@ -1,0 +1,33 @@
+"""Closing and quitting where the desktop has no tray."""
+
+import unittest
+
+from window_test_case import WindowTestCase, key
+
+
+class Closing(WindowTestCase):
+    def test_without_a_tray_closing_the_window_ends_the_application(self):
+        self.write_history(messages=0, days=1)
+        window = self.start_ready()
+        window.wait_for(lambda: window.in_front, "the window to be in front")
+        key("alt+F4")
+        self.assertEqual(window.wait_for_end(), 0)
+
+    def test_closing_during_a_scan_ends_with_0_and_does_not_wait_for_it(self):
+        self.write_history(messages=0, days=1)
+        # A view that never comes to an end, in the place of the table: the scan runs until the process ends.
+        self.change_history("""
+            ALTER TABLE message RENAME TO kept;
+            CREATE VIEW message AS
+              WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
+              SELECT i AS ROWID, 0 AS date, 0 AS is_from_me, NULL AS text FROM n""")
+        window = self.start_ready()
+        window.wait_for(lambda: window.in_front, "the window to be in front")
+        key("ctrl+r")
+        window.find("label", "Summarizing on this Mac…")
+        key("alt+F4")
+        self.assertEqual(window.wait_for_end(), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)

@@ -1,0 +1,65 @@
+"""The menu in the tray, and a window that is closed and comes back."""
+
+import unittest
+
+from accessible_window import wait_until
+from window_test_case import WindowTestCase, key, output_of
+
+
+def tray_icon():
+    """The icon as a window inside the tray, or nothing."""
+    return next(iter(output_of("xdotool", "search", "--class", "tidewell", "search", "--name", "^QSystemTrayIconSys$")
+                     .split()), None)
+
+
+class Tray(WindowTestCase):
+    def setUp(self):
+        super().setUp()
+        self.write_history(messages=2_000, days=60)
+        self.window = self.start_ready()
+        self.window.wait_for(lambda: self.window.in_front, "the window to be in front")
+
+    def open_menu(self):
+        icon = wait_until(tray_icon, "the icon in the tray")
+        output_of("xdotool", "mousemove", "--window", icon, "8", "8", "click", "3")
+        self.window.find("menu item", "Open Tidewell")
+
+    def close_window(self):
+        key("alt+F4")
+        self.window.wait_for(lambda: not self.window.visible, "the window to be hidden")
+
+    def choose(self, name):
+        self.open_menu()
+        self.window.find("menu item", name).press()
+
+    def test_the_menu_has_its_items_in_order(self):
+        self.open_menu()
+        menu = next(node for node in self.window.nodes() if node.role == "popup menu")
+        self.assertEqual([(node.role, node.name) for node in menu.children],
+                         [("menu item", "Open Tidewell"), ("menu item", "Scan Messages Activity"),
+                          ("separator", ""), ("menu item", "Quit Tidewell")])
+
+    def test_closing_the_window_hides_it_and_open_brings_it_back(self):
+        self.close_window()
+        self.assertIsNone(self.window.process.poll())
+        self.choose("Open Tidewell")
+        self.window.wait_for(lambda: self.window.in_front, "the window to be in front again")
+
+    def test_scan_brings_the_window_back_and_scans(self):
+        self.close_window()
+        self.choose("Scan Messages Activity")
+        self.window.wait_for(lambda: self.window.in_front, "the window to be in front again")
+        self.window.find("push button", "Scan Again")
+
+    def test_quit_ends_the_application_with_0(self):
+        self.choose("Quit Tidewell")
+        self.assertEqual(self.window.wait_for_end(), 0)
+
+    def test_quit_ends_it_with_the_window_closed_too(self):
+        self.close_window()
+        self.choose("Quit Tidewell")
+        self.assertEqual(self.window.wait_for_end(), 0)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
