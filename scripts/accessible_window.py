@@ -15,7 +15,7 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 60  # seconds that a step may take on a slow and busy machine
+PATIENCE = 20  # seconds that a step may take on a slow and busy machine
 
 
 def wait_until(condition, what, describe=lambda: ""):
