@@ -1,5 +1,6 @@
-// What the decoder takes it gives back: an accepted record, written and read again, is the same and is written the
-// same, indented or not. What it refuses it refuses with a message of one line, and adds to no list.
+// What the decoder takes it gives back: an accepted record, written and read again, is the same and is
+// written the same, indented or not. What it refuses it refuses with a message of one line, and adds to no
+// list.
 
 #include <KestrelKit/foundation/JsonDecoder.h>
 #include <KestrelKit/foundation/JsonEncoder.h>

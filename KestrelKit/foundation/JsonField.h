@@ -8,7 +8,8 @@ namespace kestrel {
 class JsonReader;
 class JsonWriter;
 
-/// One field of a record: its JSON key and the two ways between JSON and the member. Made by field() in Record.h.
+/// One field of a record: its JSON key and the two ways between JSON and the member. Made by field() in
+/// Record.h.
 struct JsonField {
   std::string_view key;
   bool (*read)(JsonReader& value, void* record);  ///< False: noted in the reader.
@@ -16,8 +17,8 @@ struct JsonField {
   bool mayBeLeftOut;
 };
 
-/// The fields of a record in the order in which they are written. All that the header of a record needs to know of
-/// JSON; its source file lists them with Record.h.
+/// The fields of a record in the order in which they are written. All that the header of a record needs to
+/// know of JSON; its source file lists them with Record.h.
 using JsonFields = std::span<const JsonField>;
 
 }  // namespace kestrel

@@ -28,8 +28,9 @@ namespace kestrel {
 ///
 ///     static bool isLeftOut(const T& value);
 ///
-/// in which case a member whose key is absent keeps the value that the record is made with. A type with a form of its
-/// own specializes this template; a field that differs from its type names a form of its own (field() in Record.h).
+/// in which case a member whose key is absent keeps the value that the record is made with. A type with a
+/// form of its own specializes this template; a field that differs from its type names a form of its own
+/// (field() in Record.h).
 template <class T>
 struct JsonForm;
 
@@ -63,8 +64,8 @@ concept Record = std::default_initializable<T> && requires {
   { T::jsonFields() } -> std::same_as<JsonFields>;
 };
 
-/// Reads the object at `value` into `record`, a fresh one of the type that declares `fields`; false when something
-/// was wrong, and noted.
+/// Reads the object at `value` into `record`, a fresh one of the type that declares `fields`; false when
+/// something was wrong, and noted.
 bool readFields(JsonReader& value, JsonFields fields, void* record);
 
 /// Writes `record`, of the type that declares `fields`, as an object.
@@ -167,11 +168,13 @@ struct JsonForm<std::vector<T>> {
   }
 };
 
-/// An object with free keys, written in ascending order of their code points, which is the order of their UTF-8.
+/// An object with free keys, written in ascending order of their code points, which is the order of their
+/// UTF-8.
 template <class T>
 struct JsonForm<std::map<std::string, T>> {
   static std::optional<std::map<std::string, T>> read(JsonReader& value) {
-    std::map<std::string, std::optional<T>, std::less<>> read;  // absent where the last value of a key was wrong
+    std::map<std::string, std::optional<T>, std::less<>>
+        read;  // absent where the last value of a key was wrong
     const bool isObject = value.forEachMember([&](std::string_view key, JsonReader& member) {
       const auto [place, isNew] = read.try_emplace(std::string{key});
       if (!isNew) {

@@ -25,9 +25,9 @@ namespace kestrel {
 ///       return fields;
 ///     }
 ///
-/// Encoding, decoding, the order of keys and the paths of errors come from that list. Whether a field is required is
-/// its type's affair: a `std::optional` may be left out. Unknown keys are ignored; of a repeated key the last stands.
-/// At most 64 fields.
+/// Encoding, decoding, the order of keys and the paths of errors come from that list. Whether a field is
+/// required is its type's affair: a `std::optional` may be left out. Unknown keys are ignored; of a repeated
+/// key the last stands. At most 64 fields.
 namespace record_detail {
 
 template <class Owner, class Type>

@@ -27,7 +27,9 @@ void JsonForm<Depth>::write(JsonWriter& writer, const Depth& depth) {
   }
 }
 
-bool JsonForm<Depth>::isLeftOut(const Depth& depth) noexcept { return depth.kind == Depth::Kind::notProvided; }
+bool JsonForm<Depth>::isLeftOut(const Depth& depth) noexcept {
+  return depth.kind == Depth::Kind::notProvided;
+}
 
 namespace testing {
 namespace {

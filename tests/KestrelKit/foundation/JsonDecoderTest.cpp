@@ -200,10 +200,16 @@ const Case badValues[] = {
     {"line comment", "1 // a"},
     {"comment in a list", "[1/**/]"},
     {"form feed between tokens", "[\f1]"},
-    {"no-break space between tokens", "[\xC2\xA0""1]"},
-    {"null character between tokens", "[\0""1]"s},
+    {"no-break space between tokens",
+     "[\xC2\xA0"
+     "1]"},
+    {"null character between tokens",
+     "[\0"
+     "1]"s},
     {"null character after a number", "[1\0]"s},
-    {"byte order mark", "\xEF\xBB\xBF""1"},
+    {"byte order mark",
+     "\xEF\xBB\xBF"
+     "1"},
     {"error deep inside", R"({"a":[{"b":[1,{"c":tru}]}]})"},
     {"wrong number deep inside", R"([[[[{"a":[01]}]]]])"},
     {"invalid byte", "\"\xFF\""},
@@ -294,7 +300,8 @@ TEST(JsonDecoder, refusesEveryLoneSurrogateEscape) {
       EXPECT_FALSE(isWellFormed(fmt::format(R"("\u{:04X}\u{:04X}")", unit, next))) << unit << ' ' << next;
     }
     for (const unsigned next : {0xDC00U, 0xDFFFU}) {
-      EXPECT_EQ(isWellFormed(fmt::format(R"("\u{:04X}\u{:04X}")", unit, next)), unit < 0xDC00) << unit << ' ' << next;
+      EXPECT_EQ(isWellFormed(fmt::format(R"("\u{:04X}\u{:04X}")", unit, next)), unit < 0xDC00)
+          << unit << ' ' << next;
     }
   }
 }
@@ -307,7 +314,9 @@ TEST(JsonDecoder, takes512LevelsAndNoMore) {
   }
   EXPECT_EQ(errorOf<Anything>(nested(513, "[", "]")), "the document is nested beyond 512 levels at byte 512");
   // Under an ignored key, which lies one level down.
-  const auto ring = [](std::size_t levels) { return R"({"date":"d","inner":[],"x":)" + nested(levels, "[", "]") + "}"; };
+  const auto ring = [](std::size_t levels) {
+    return R"({"date":"d","inner":[],"x":)" + nested(levels, "[", "]") + "}";
+  };
   EXPECT_EQ(errorOf<Ring>(ring(511)), "none");
   EXPECT_NE(errorOf<Ring>(ring(512)), "none");
   EXPECT_FALSE(isWellFormed(nested(100'000, "[", "]")));
@@ -323,7 +332,9 @@ TEST(JsonDecoder, saysWhereTheSyntaxIsWrong) {
 }
 
 TEST(JsonDecoder, resolvesEscapes) {
-  const auto text = [](std::string_view json) { return decoder.decode<std::string>(json).value_or("refused"); };
+  const auto text = [](std::string_view json) {
+    return decoder.decode<std::string>(json).value_or("refused");
+  };
   EXPECT_EQ(text(R"("\"\\\/\b\f\n\r\t")"), "\"\\/\b\f\n\r\t");
   EXPECT_EQ(text(R"("\u0000a")"), "\0a"s);
   EXPECT_EQ(text(R"("\u00e9\u20AC")"), "é€");
@@ -356,12 +367,12 @@ TEST(JsonDecoder, readsIntegersExactlyToTheEndsOfTheirRange) {
       {"1.5e1", 15},
       {"-0.0", 0},
       {"1e18", 1'000'000'000'000'000'000},
-      {"1e-400", 0},                                              // its nearest float is 0
-      {"9223372036854774784.0", 9'223'372'036'854'774'784},       // the greatest float in the range
-      {"9223372036854775295.9", 9'223'372'036'854'774'784},       // rounds down to it
+      {"1e-400", 0},                                         // its nearest float is 0
+      {"9223372036854774784.0", 9'223'372'036'854'774'784},  // the greatest float in the range
+      {"9223372036854775295.9", 9'223'372'036'854'774'784},  // rounds down to it
       {"-9223372036854775808.0", least},
-      {"-9223372036854776832.0", least},                          // half-way to the next float, ties to even
-      {"9007199254740993.0", 9'007'199'254'740'992},              // its nearest float
+      {"-9223372036854776832.0", least},              // half-way to the next float, ties to even
+      {"9007199254740993.0", 9'007'199'254'740'992},  // its nearest float
   };
   for (const auto& [json, value] : good) {
     EXPECT_EQ(errorOf<std::int64_t>(json), "none") << json;
@@ -369,8 +380,8 @@ TEST(JsonDecoder, readsIntegersExactlyToTheEndsOfTheirRange) {
   }
   for (const std::string_view json :
        {"9223372036854775808", "-9223372036854775809", "18446744073709551616", "9223372036854775807.0",
-        "9223372036854775296.0", "9223372036854775808.0", "-9223372036854776833.0", "-9223372036854777856.0", "1e19",
-        "-1e19", "5.5", "5e-1", "0.1", "1e400", "-1e400"}) {
+        "9223372036854775296.0", "9223372036854775808.0", "-9223372036854776833.0", "-9223372036854777856.0",
+        "1e19", "-1e19", "5.5", "5e-1", "0.1", "1e400", "-1e400"}) {
     EXPECT_EQ(errorOf<std::int64_t>(json), std::string{json} + " is not an integer of 64 bits");
   }
 }
@@ -409,8 +420,9 @@ TEST(JsonDecoder, readsAnyLiteralAsItsNearestFloat) {
     const double value = decoder.decode<double>(json).value_or(-77);
     EXPECT_TRUE(value == 0 && std::signbit(value)) << json;
   }
-  for (const std::string& json : {"1e400"s, "-1e400"s, "1.7976931348623159e308"s, "1e309"s, "1e99999999999999999999"s,
-                                  "1" + std::string(309, '0'), "1000" + std::string(400, '0') + "e-80"}) {
+  for (const std::string& json :
+       {"1e400"s, "-1e400"s, "1.7976931348623159e308"s, "1e309"s, "1e99999999999999999999"s,
+        "1" + std::string(309, '0'), "1000" + std::string(400, '0') + "e-80"}) {
     EXPECT_NE(errorOf<double>(json), "none") << json;
   }
   EXPECT_EQ(errorOf<double>("1e400"), "1e400 is too large for a 64-bit float");
@@ -423,8 +435,9 @@ TEST(JsonDecoder, judgesANumberByTheFieldThatTakesIt) {
 }
 
 TEST(JsonDecoder, keepsKindsApart) {
-  const std::pair<const char*, std::string> kinds[] = {{"{}", "an object"}, {"[]", "a list"},    {"\"1\"", "text"},
-                                                       {"1", "a number"},   {"true", "a boolean"}, {"null", "null"}};
+  const std::pair<const char*, std::string> kinds[] = {{"{}", "an object"},   {"[]", "a list"},
+                                                       {"\"1\"", "text"},     {"1", "a number"},
+                                                       {"true", "a boolean"}, {"null", "null"}};
   for (const auto& [json, kind] : kinds) {
     const auto refusal = [&](const std::string& wanted) { return "expected " + wanted + ", found " + kind; };
     EXPECT_EQ(errorOf<bool>(json), kind == "a boolean" ? "none" : refusal("a boolean"));
@@ -432,13 +445,15 @@ TEST(JsonDecoder, keepsKindsApart) {
     EXPECT_EQ(errorOf<double>(json), kind == "a number" ? "none" : refusal("a number"));
     EXPECT_EQ(errorOf<std::string>(json), kind == "text" ? "none" : refusal("text"));
     EXPECT_EQ(errorOf<std::vector<bool>>(json), kind == "a list" ? "none" : refusal("a list"));
-    EXPECT_EQ((errorOf<std::map<std::string, bool>>(json)), kind == "an object" ? "none" : refusal("an object"));
+    EXPECT_EQ((errorOf<std::map<std::string, bool>>(json)),
+              kind == "an object" ? "none" : refusal("an object"));
   }
 }
 
 TEST(JsonDecoder, readsInstantsByItsDateStrategy) {
   constexpr JsonDecoder iso{DateStrategy::iso8601};
-  EXPECT_EQ(iso.decode<Instant>("\"2001-01-01T00:00:01Z\"").value_or(Instant{}), instantSinceReferenceDate(1));
+  EXPECT_EQ(iso.decode<Instant>("\"2001-01-01T00:00:01Z\"").value_or(Instant{}),
+            instantSinceReferenceDate(1));
   EXPECT_EQ(iso.decode<Instant>("1").error().text(), "expected text, found a number");
   EXPECT_EQ(iso.decode<Instant>("\"2001-01-01\"").error().text(),
             "\"2001-01-01\" is not an instant such as 2024-05-01T08:30:00Z");

@@ -85,7 +85,8 @@ TEST(JsonEncoder, escapesWhatMustBe) {
 
 TEST(JsonEncoder, writesMapsInOrderOfCodePoints) {
   // U+FFFD comes before U+1D11E, though not as 16-bit units.
-  const std::map<std::string, bool> map{{"𝄞", true}, {"b", true}, {"\xEF\xBF\xBD", true}, {"B", true}, {"", true}};
+  const std::map<std::string, bool> map{
+      {"𝄞", true}, {"b", true}, {"\xEF\xBF\xBD", true}, {"B", true}, {"", true}};
   EXPECT_EQ(json(map), "{\"\":true,\"B\":true,\"b\":true,\"\xEF\xBF\xBD\":true,\"𝄞\":true}");
 }
 
@@ -111,7 +112,9 @@ TEST(JsonEncoder, writesInstantsByItsDateStrategy) {
 }
 
 TEST(JsonEncoder, indentsByTwoSpaces) {
-  const auto indented = [](const auto& value) { return encoder.encode(value, JsonLayout::indented).value_or("none"); };
+  const auto indented = [](const auto& value) {
+    return encoder.encode(value, JsonLayout::indented).value_or("none");
+  };
   EXPECT_EQ(indented(7.0), "7");
   EXPECT_EQ(indented(std::vector<bool>{}), "[]");
   EXPECT_EQ(indented(std::map<std::string, bool>{}), "{}");

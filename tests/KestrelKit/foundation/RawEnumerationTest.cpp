@@ -18,8 +18,8 @@ static_assert(Habitat{Habitat::saltMarsh}.rawValue() == "Salt Marsh");
 static_assert(Habitat::allCases.size() == 3 && Habitat::allCases[2] == Habitat::saltMarsh);
 
 TEST(RawEnumeration, listsAllCasesInDeclarationOrder) {
-  EXPECT_TRUE(std::ranges::equal(Habitat::allCases,
-                                 std::vector<Habitat>{Habitat::openSea, Habitat::tidalFlat, Habitat::saltMarsh}));
+  EXPECT_TRUE(std::ranges::equal(
+      Habitat::allCases, std::vector<Habitat>{Habitat::openSea, Habitat::tidalFlat, Habitat::saltMarsh}));
 }
 
 TEST(RawEnumeration, readsBackWhatItPrints) {
@@ -54,9 +54,12 @@ TEST(RawEnumeration, hashesAndSwitches) {
   EXPECT_EQ(set.size(), 3U);
   const auto number = [](Habitat habitat) {
     switch (habitat) {
-      case Habitat::openSea: return 0;
-      case Habitat::tidalFlat: return 1;
-      case Habitat::saltMarsh: return 2;
+      case Habitat::openSea:
+        return 0;
+      case Habitat::tidalFlat:
+        return 1;
+      case Habitat::saltMarsh:
+        return 2;
     }
     return -1;
   };

@@ -183,7 +183,8 @@ TEST(Record, namesThePathOfWhatIsWrong) {
       {"notes", R"([null])", "notes[0]: expected text, found null"},
       {"hours", "[1,2,[]]", "hours[2]: expected an integer, found a list"},
       {"emissions", R"({"ios":["a",1]})", "emissions.ios[1]: expected text, found a number"},
-      {"emissions", R"({"the \"first\".":1})", "emissions[\"the \\\"first\\\".\"]: expected a list, found a number"},
+      {"emissions", R"({"the \"first\".":1})",
+       "emissions[\"the \\\"first\\\".\"]: expected a list, found a number"},
       {"ring", "{}", "ring.date: is missing"},
       {"ring", "[]", "ring: expected an object, found a list"},
       {"rings", R"([{"date":"a","inner":[{"date":"b","inner":[]},{"date":1,"inner":[]}]}])",
@@ -218,7 +219,9 @@ TEST(Record, comparesKeysAfterEscapesAreResolved) {
 
 TEST(Record, letsTheLastOfARepeatedKeyStand) {
   const std::string json = objectOf(allMembers());
-  const auto with = [&](const std::string& members) { return json.substr(0, json.size() - 1) + ',' + members + '}'; };
+  const auto with = [&](const std::string& members) {
+    return json.substr(0, json.size() - 1) + ',' + members + '}';
+  };
   EXPECT_EQ(decoded(with(R"("name":"x","name":"y")")).name, "y");
   EXPECT_EQ(decoded(with(R"("nickname":null)")).nickname, std::nullopt);
   EXPECT_EQ(decoded(with(R"("depth":null)")).depth.kind, Depth::Kind::missing);
@@ -235,13 +238,13 @@ TEST(Record, letsTheLastOfARepeatedKeyStand) {
 }
 
 TEST(Record, dropsWhatDoesNotFitFromALossyList) {
-  const std::string json =
-      objectWith("lossy", R"([{"date":"a","inner":[]},7,{"inner":[]},null,{"date":1,"inner":[{}]},{"date":"b","inner":[]}])");
+  const std::string json = objectWith(
+      "lossy",
+      R"([{"date":"a","inner":[]},7,{"inner":[]},null,{"date":1,"inner":[{}]},{"date":"b","inner":[]}])");
   std::vector<JsonError> dropped{{"before", "kept"}};
   const auto specimen = decoder.decode<Specimen>(json, &dropped);
   ASSERT_TRUE(specimen) << specimen.error().text();
-  EXPECT_EQ(specimen->lossy, (std::vector<Ring>{{.date = "a"},
-                                                {.date = "b"}}));
+  EXPECT_EQ(specimen->lossy, (std::vector<Ring>{{.date = "a"}, {.date = "b"}}));
   EXPECT_EQ(dropped, (std::vector<JsonError>{{"before", "kept"},
                                              {"lossy[1]", "expected an object, found a number"},
                                              {"lossy[2].date", "is missing"},
@@ -268,7 +271,8 @@ TEST(Record, namesTheFieldThatCannotBeWritten) {
   EXPECT_TRUE(JsonEncoder{}.encode(specimen));
 }
 
-// ---- On random records: writing, reading and writing again gives the same text, and reading it the same record.
+// ---- On random records: writing, reading and writing again gives the same text, and reading it the same
+// record.
 
 // Small containers, many records.
 template <class T>
@@ -281,7 +285,8 @@ rc::Gen<std::string> anyText() {
       [](const std::vector<int>& points) {
         std::string text;
         for (const int choice : points) {
-          constexpr std::string_view pieces[] = {"a", "Z", "\"", "\\", "/", "\n", "\x01", "ä", "⇊", "𝄞", " ", "\x7f"};
+          constexpr std::string_view pieces[] = {"a",    "Z", "\"", "\\", "/", "\n",
+                                                 "\x01", "ä", "⇊",  "𝄞",  " ", "\x7f"};
           text += pieces[static_cast<std::size_t>(choice)];
         }
         return text;
@@ -289,15 +294,19 @@ rc::Gen<std::string> anyText() {
       few(rc::gen::container<std::vector<int>>(rc::gen::inRange(0, 12))));
 }
 
-rc::Gen<double> anyFloat() { return rc::gen::suchThat(rc::gen::arbitrary<double>(), [](double x) { return x - x == 0; }); }
+rc::Gen<double> anyFloat() {
+  return rc::gen::suchThat(rc::gen::arbitrary<double>(), [](double x) { return x - x == 0; });
+}
 
 rc::Gen<Instant> anyInstant() {
-  return rc::gen::map(rc::gen::inRange<std::int64_t>(-63'000'000'000, 252'000'000'000),
-                      [](std::int64_t seconds) { return instantSinceReferenceDate(static_cast<double>(seconds)); });
+  return rc::gen::map(
+      rc::gen::inRange<std::int64_t>(-63'000'000'000, 252'000'000'000),
+      [](std::int64_t seconds) { return instantSinceReferenceDate(static_cast<double>(seconds)); });
 }
 
 rc::Gen<Habitat> anyHabitat() {
-  return rc::gen::map(rc::gen::inRange<std::size_t>(0, 3), [](std::size_t index) { return Habitat::allCases[index]; });
+  return rc::gen::map(rc::gen::inRange<std::size_t>(0, 3),
+                      [](std::size_t index) { return Habitat::allCases[index]; });
 }
 
 rc::Gen<Uuid> anyUuid() {
@@ -356,9 +365,14 @@ Specimen anySpecimen() {
       .lossy = {anyRing(1)},
   };
   switch (*rc::gen::inRange(0, 3)) {
-    case 0: specimen.depth = {.kind = Depth::Kind::missing}; break;
-    case 1: specimen.depth = {.kind = Depth::Kind::measured, .metres = *anyFloat()}; break;
-    default: specimen.scar = anyRing(0);
+    case 0:
+      specimen.depth = {.kind = Depth::Kind::missing};
+      break;
+    case 1:
+      specimen.depth = {.kind = Depth::Kind::measured, .metres = *anyFloat()};
+      break;
+    default:
+      specimen.scar = anyRing(0);
   }
   return specimen;
 }

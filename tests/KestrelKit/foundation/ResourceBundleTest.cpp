@@ -50,7 +50,8 @@ class ResourceBundle : public testing::Test {
 
   Outcome run(const std::string& arguments = {}) {
     // From another folder, by a relative path: neither may matter. `exec` lets a signal reach us as such.
-    const std::string command = "cd '" + (root_ / "lib").string() + "' && exec ../bin/probe " + arguments + " 2>&1";
+    const std::string command =
+        "cd '" + (root_ / "lib").string() + "' && exec ../bin/probe " + arguments + " 2>&1";
     FILE* pipe = popen(command.c_str(), "r");
     std::string output;
     std::array<char, 4096> buffer{};

@@ -8,8 +8,9 @@ namespace {
 constexpr std::string_view upper = "01234567-89AB-CDEF-0123-456789ABCDEF";
 
 TEST(Uuid, isReadInEitherCaseAndWrittenInUpperCase) {
-  for (const std::string_view text : {"01234567-89AB-CDEF-0123-456789ABCDEF", "01234567-89ab-cdef-0123-456789abcdef",
-                                      "01234567-89aB-cDef-0123-456789AbcdEF"}) {
+  for (const std::string_view text :
+       {"01234567-89AB-CDEF-0123-456789ABCDEF", "01234567-89ab-cdef-0123-456789abcdef",
+        "01234567-89aB-cDef-0123-456789AbcdEF"}) {
     const auto uuid = uuidFromText(text);
     ASSERT_TRUE(uuid) << text;
     EXPECT_EQ(uuidText(*uuid), upper);

@@ -22,7 +22,8 @@ TEST(CrisisSupport, isOfferedInThreeStates) {
 
 TEST(CrisisSupport, hasItsTexts) {
   EXPECT_EQ(CrisisSupport::prompt, "If this matches how you're feeling right now, support is available.");
-  EXPECT_EQ(CrisisSupport::reassurance, "Free, confidential, 24/7. You don't have to be in crisis to reach out.");
+  EXPECT_EQ(CrisisSupport::reassurance,
+            "Free, confidential, 24/7. You don't have to be in crisis to reach out.");
   EXPECT_EQ(CrisisSupport::lifelineTitle, "988 Suicide & Crisis Lifeline");
   EXPECT_EQ(CrisisSupport::textLineTitle, "Text HOME to 741741");
   EXPECT_EQ(CrisisSupport::lifelineURL, "tel:988");
@@ -35,7 +36,8 @@ TEST(CrisisSupport, hasItsTexts) {
 
 TEST(Disclaimer, hasItsText) {
   EXPECT_EQ(Disclaimer::text,
-            "Tidewell is a tracking and personal-insight tool. It is not a medical device, not FDA-cleared, and not a "
+            "Tidewell is a tracking and personal-insight tool. It is not a medical device, not FDA-cleared, "
+            "and not a "
             "substitute for clinical care.");
 }
 

@@ -71,7 +71,8 @@ TEST(DayKeyFormatter, hasKeysOfTheYears0001To9999) {
 }
 
 TEST(DayKeyFormatter, givesTheKeyOfEveryDayItReads) {
-  for (const std::string_view zone : {"America/Santiago", "America/Havana", "Asia/Kathmandu", "Pacific/Chatham"}) {
+  for (const std::string_view zone :
+       {"America/Santiago", "America/Havana", "Asia/Kathmandu", "Pacific/Chatham"}) {
     const DayKeyFormatter formatter = in(zone);
     for (std::chrono::sys_days day = std::chrono::year{1960} / 1 / 1; day < std::chrono::year{2040} / 1 / 1;
          day += std::chrono::days{1}) {

@@ -22,13 +22,15 @@ std::vector<std::string_view> rawValues() {
 }
 
 TEST(KestrelState, hasNineStatesInOrder) {
-  EXPECT_EQ(rawValues<KestrelState>(),
-            (std::vector<std::string_view>{"Psychosis", "Mixed Episode", "Mania", "Hypomania", "Euthymia", "Dysthymia",
-                                           "Moderate Depression", "Severe Depression", "Unknown"}));
+  EXPECT_EQ(
+      rawValues<KestrelState>(),
+      (std::vector<std::string_view>{"Psychosis", "Mixed Episode", "Mania", "Hypomania", "Euthymia",
+                                     "Dysthymia", "Moderate Depression", "Severe Depression", "Unknown"}));
 }
 
 TEST(ClassificationSource, hasThreeSourcesInOrder) {
-  EXPECT_EQ(rawValues<ClassificationSource>(), (std::vector<std::string_view>{"manual", "keyword", "algorithmic"}));
+  EXPECT_EQ(rawValues<ClassificationSource>(),
+            (std::vector<std::string_view>{"manual", "keyword", "algorithmic"}));
 }
 
 TEST(SelfReportSource, hasTwoSourcesInOrder) {
@@ -71,9 +73,10 @@ TEST(KestrelState, isReadStrictlyFromItsRawValue) {
 TEST(KestrelState, refusesInJsonTheAliasThatStoredTextMayHave) {
   const auto state = JSONCoders::decoder.decode<KestrelState>("\"Manic\"");
   ASSERT_FALSE(state);
-  EXPECT_EQ(state.error().text(),
-            "\"Manic\" is not one of Psychosis, Mixed Episode, Mania, Hypomania, Euthymia, Dysthymia, Moderate "
-            "Depression, Severe Depression, Unknown");
+  EXPECT_EQ(
+      state.error().text(),
+      "\"Manic\" is not one of Psychosis, Mixed Episode, Mania, Hypomania, Euthymia, Dysthymia, Moderate "
+      "Depression, Severe Depression, Unknown");
   EXPECT_EQ(KestrelState::fromStoredValue("Manic"), KestrelState::mania);
 }
 

@@ -42,8 +42,10 @@ TEST(StateClassification, isWrittenInDeclarationOrder) {
   value.selfReportNotes = "a/b";
   value.selfReportConfidence = 1;
   value.isConfirmed = false;
-  EXPECT_EQ(JSONCoders::encoder.encode(value).value_or(""),
-            required + R"(,"isConfirmed":false,"selfReportConfidence":1,"selfReportNotes":"a/b","isValidated":true})");
+  EXPECT_EQ(
+      JSONCoders::encoder.encode(value).value_or(""),
+      required +
+          R"(,"isConfirmed":false,"selfReportConfidence":1,"selfReportNotes":"a/b","isValidated":true})");
 }
 
 TEST(StateClassification, failsWithoutReasons) {
@@ -52,23 +54,28 @@ TEST(StateClassification, failsWithoutReasons) {
 }
 
 TEST(StateClassification, failsWithoutAnyOtherRequiredField) {
-  EXPECT_EQ(errorOf(R"({"predictedState":"Mania","confidence":1,"reasons":[],"source":"manual"})"), "date: is missing");
-  EXPECT_EQ(errorOf(R"({"date":"d","confidence":1,"reasons":[],"source":"manual"})"), "predictedState: is missing");
+  EXPECT_EQ(errorOf(R"({"predictedState":"Mania","confidence":1,"reasons":[],"source":"manual"})"),
+            "date: is missing");
+  EXPECT_EQ(errorOf(R"({"date":"d","confidence":1,"reasons":[],"source":"manual"})"),
+            "predictedState: is missing");
   EXPECT_EQ(errorOf(R"({"date":"d","predictedState":"Mania","reasons":[],"source":"manual"})"),
             "confidence: is missing");
-  EXPECT_EQ(errorOf(R"({"date":"d","predictedState":"Mania","confidence":1,"reasons":[]})"), "source: is missing");
+  EXPECT_EQ(errorOf(R"({"date":"d","predictedState":"Mania","confidence":1,"reasons":[]})"),
+            "source: is missing");
 }
 
 TEST(StateClassification, isStrictAboutItsEnumerations) {
-  EXPECT_TRUE(errorOf(R"({"date":"d","predictedState":"Manic","confidence":1,"reasons":[],"source":"manual"})")
-                  .starts_with("predictedState: \"Manic\" is not one of Psychosis, "));
+  EXPECT_TRUE(
+      errorOf(R"({"date":"d","predictedState":"Manic","confidence":1,"reasons":[],"source":"manual"})")
+          .starts_with("predictedState: \"Manic\" is not one of Psychosis, "));
   EXPECT_EQ(errorOf(R"({"date":"d","predictedState":"Mania","confidence":1,"reasons":[],"source":"Manual"})"),
             "source: \"Manual\" is not one of manual, keyword, algorithmic");
 }
 
 TEST(StateClassification, keepsTheThreeValuesOfItsFlagsApart) {
   const auto read = [](const std::string& flag) {
-    return JSONCoders::decoder.decode<StateClassification>(required + flag + '}').value_or(StateClassification{});
+    return JSONCoders::decoder.decode<StateClassification>(required + flag + '}')
+        .value_or(StateClassification{});
   };
   const auto absent = read("");
   const auto null = read(R"(,"isConfirmed":null)");
@@ -82,12 +89,14 @@ TEST(StateClassification, keepsTheThreeValuesOfItsFlagsApart) {
 }
 
 TEST(StateClassification, takesAnyDateTextAndAnyConfidence) {
-  EXPECT_EQ(errorOf(R"({"date":"","predictedState":"Mania","confidence":-7e9,"reasons":[],"source":"manual"})"),
-            "none");
+  EXPECT_EQ(
+      errorOf(R"({"date":"","predictedState":"Mania","confidence":-7e9,"reasons":[],"source":"manual"})"),
+      "none");
 }
 
 TEST(JSONCoders, carryInstantsAsIso8601) {
-  EXPECT_EQ(JSONCoders::encoder.encode(instantSinceReferenceDate(0.75)).value_or(""), "\"2001-01-01T00:00:00Z\"");
+  EXPECT_EQ(JSONCoders::encoder.encode(instantSinceReferenceDate(0.75)).value_or(""),
+            "\"2001-01-01T00:00:00Z\"");
   EXPECT_EQ(JSONCoders::decoder.decode<Instant>("\"2001-01-01T02:00:00+02:00\"").value_or(Instant::max()),
             Instant{});
 }

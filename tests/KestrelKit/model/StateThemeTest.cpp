@@ -76,10 +76,12 @@ TEST(StateThemeDeathTest, takesPercentagesOf64BitsOnly) {
   ASSERT_LT(within * 100, 0x1p63);
   EXPECT_EQ(StateTheme::accessibilityDetail(within, std::nullopt), "Confidence 9223372036854774784 percent");
   EXPECT_DEATH(StateTheme::accessibilityDetail(most, std::nullopt), "confidence");
-  EXPECT_EQ(StateTheme::accessibilityDetail(-0x1p63 / 100, std::nullopt), "Confidence -9223372036854775808 percent");
+  EXPECT_EQ(StateTheme::accessibilityDetail(-0x1p63 / 100, std::nullopt),
+            "Confidence -9223372036854775808 percent");
   EXPECT_DEATH(StateTheme::accessibilityDetail(-1e17, std::nullopt), "confidence");
   EXPECT_DEATH(StateTheme::accessibilityDetail(std::nan(""), "manual"), "programming error: a confidence");
-  EXPECT_DEATH(StateTheme::accessibilityDetail(std::numeric_limits<double>::infinity(), std::nullopt), "confidence");
+  EXPECT_DEATH(StateTheme::accessibilityDetail(std::numeric_limits<double>::infinity(), std::nullopt),
+               "confidence");
   EXPECT_DEATH(StateTheme::accessibilityDetail(1e308, std::nullopt), "confidence");
 }
 
