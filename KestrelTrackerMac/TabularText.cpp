@@ -22,14 +22,18 @@ qreal widestDigit(QChar digit, const QFontMetricsF& metrics) {
 
 QString TabularText::markup(const QString& text, const QFont& font) const {
   const QFontMetricsF metrics{font};
+  const auto missing = [&](qsizetype index) {
+    const QChar character = text[index];
+    return character.isDigit() ? widestDigit(character, metrics) - metrics.horizontalAdvance(character) : 0;
+  };
   QString result;
-  for (const QChar character : text) {
-    const QString escaped = QString{character}.toHtmlEscaped();
-    const qreal missing =
-        character.isDigit() ? widestDigit(character, metrics) - metrics.horizontalAdvance(character) : 0;
-    // A narrow digit is widened on its right: spacing is added after a glyph, and one element a character is enough.
-    result += missing > 0 ? QStringLiteral("<span style=\"letter-spacing:%1px\">%2</span>").arg(missing).arg(escaped)
-                          : escaped;
+  for (qsizetype index = 0; index < text.size(); ++index) {
+    // A digit stands in the middle of its cell, the first character at the start: space can be added only after one.
+    const qreal after = index == 0 ? missing(index) : missing(index) / 2;
+    const qreal before = index + 1 < text.size() ? missing(index + 1) / 2 : 0;
+    const QString character = QString{text[index]}.toHtmlEscaped();
+    result += after + before > 0 ? QStringLiteral("<span style=\"letter-spacing:%1px\">%2</span>").arg(after + before).arg(character)
+                                 : character;
   }
   return result;
 }

@@ -215,7 +215,7 @@
         </message>
     </context>
     <context>
-        <name>TrayMenu</name>
+        <name>kestrel::companion::TrayMenu</name>
         <message>
             <source>Open Tidewell</source>
             <translation>Tidewell öffnen</translation>

@@ -21,14 +21,14 @@ RowLayout {
     Layout.leftMargin: 2
     Accessible.ignored: true
   }
+  Item {
+    Layout.fillWidth: true
+  }
   Text {
     text: TabularText.markup(row.day.counts, row.digits)
     textFormat: Text.RichText
     font: row.digits
     color: Theme.colors.secondaryText
-    horizontalAlignment: Text.AlignRight
-    wrapMode: Text.Wrap
-    Layout.fillWidth: true
     Layout.rightMargin: 2
     Accessible.ignored: true
   }

@@ -40,6 +40,7 @@ ColumnLayout {
       Prose {
         text: picker.title
         color: Theme.colors.secondaryText
+        lineSpacing: 1.2
         wrapMode: Text.NoWrap
         Accessible.ignored: true
       }

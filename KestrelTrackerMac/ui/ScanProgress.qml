@@ -29,6 +29,7 @@ RowLayout {
     id: text
     text: qsTr("Summarizing on this Mac…")
     color: Theme.colors.secondaryText
+    lineSpacing: 1.2
     Accessible.ignored: true
     Layout.fillWidth: true
   }

@@ -21,7 +21,8 @@ RowLayout {
     name: label.symbol
     color: label.color
     Layout.alignment: Qt.AlignTop
-    Layout.topMargin: Math.round((prose.lineHeight - height) / 2)
+    // Letters stand a little above the middle of their line.
+    Layout.topMargin: Math.round((prose.lineHeight - height) / 2 - 0.1 * label.font.pixelSize)
     Layout.preferredWidth: label.symbolSize
     Layout.preferredHeight: label.symbolSize
   }

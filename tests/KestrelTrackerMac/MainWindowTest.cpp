@@ -51,7 +51,8 @@ MessagesScanSummary sevenDigits() {
                              .sentCount = 888'888,
                              .receivedCount = 800'008,
                              .activeConversationCount = 9,
-                             .lateNightCount = 888'888});
+                             .lateNightCount = 888'888,
+                             .averageMessageLength = {}});
   }
   return summary;
 }

@@ -60,7 +60,7 @@ void give(QPromise<Answer>& question, Answer answer) {
 MessagesScanSummary summaryOf(std::int64_t days, std::int64_t sent) {
   return {.requestedDays = days,
           .scannedAt = instantSinceReferenceDate(800'000'000),
-          .daily = {{.date = "2026-05-09", .sentCount = sent, .receivedCount = 3}}};
+          .daily = {{.date = "2026-05-09", .sentCount = sent, .receivedCount = 3, .averageMessageLength = {}}}};
 }
 
 struct MessagesCompanionCoordinatorTest : testing::Test {

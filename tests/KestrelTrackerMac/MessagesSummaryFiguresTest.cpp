@@ -17,7 +17,8 @@ MessagesScanSummary daysInMay(int count) {
                              .sentCount = 1000 * day,
                              .receivedCount = day,
                              .activeConversationCount = 1,
-                             .lateNightCount = 2});
+                             .lateNightCount = 2,
+                             .averageMessageLength = {}});
   }
   return summary;
 }
