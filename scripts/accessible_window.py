@@ -9,8 +9,12 @@ import os
 import signal
 import subprocess
 import time
+import warnings
 
 import gi
+
+# The plain names of actions have newer ones, which the bindings of Debian 12 do not know.
+warnings.simplefilter("ignore", DeprecationWarning)
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
@@ -187,7 +191,8 @@ class Tidewell:
 
     def focused_control(self):
         """What has the focus of the keyboard, or nothing."""
-        return next((node for node in self.nodes() if node.focused and node.role != "frame"), None)
+        focused = [node for node in self.nodes() if node.focused and node.role != "frame"]
+        return focused[-1] if focused else None  # a scope of focus comes before what it holds
 
     def picture(self):
         """The whole tree, as lines for people."""

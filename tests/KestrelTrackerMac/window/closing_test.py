@@ -20,7 +20,7 @@ class Closing(WindowTestCase):
             ALTER TABLE message RENAME TO kept;
             CREATE VIEW message AS
               WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
-              SELECT i AS ROWID, 0 AS date, 0 AS is_from_me, NULL AS text FROM n""")
+              SELECT i AS ROWID, 900000000 + i % 1000 AS date, 0 AS is_from_me, NULL AS text FROM n""")
         window = self.start_ready()
         window.wait_for(lambda: window.in_front, "the window to be in front")
         key("ctrl+r")

@@ -67,7 +67,7 @@ class KeyboardAlone(WindowTestCase):
 
     def test_the_menu_bar_has_the_command(self):
         window = self.start_in_front()
-        window.find("menu item", "Tidewell").press()
+        window.find("menu bar", "Tidewell").press()
         window.find("menu item", "Scan Messages Activity").press()
         window.find("push button", "Scan Again")
 

@@ -1,5 +1,6 @@
 """The menu in the tray, and a window that is closed and comes back."""
 
+import re
 import unittest
 
 from accessible_window import wait_until
@@ -7,9 +8,12 @@ from window_test_case import WindowTestCase, key, output_of
 
 
 def tray_icon():
-    """The icon as a window inside the tray, or nothing."""
-    return next(iter(output_of("xdotool", "search", "--class", "tidewell", "search", "--name", "^QSystemTrayIconSys$")
-                     .split()), None)
+    """The window of the icon inside the tray, or nothing: the small one of the application's two."""
+    for window in output_of("xdotool", "search", "--onlyvisible", "--classname", "^tidewell$").split():
+        width = re.search(r"WIDTH=(\d+)", output_of("xdotool", "getwindowgeometry", "--shell", window))
+        if width and int(width[1]) < 100:
+            return window
+    return None
 
 
 class Tray(WindowTestCase):
