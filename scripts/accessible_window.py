@@ -9,17 +9,13 @@ import os
 import signal
 import subprocess
 import time
-import warnings
 
 import gi
-
-# The plain names of actions have newer ones, which the bindings of Debian 12 do not know.
-warnings.simplefilter("ignore", DeprecationWarning)
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 20  # seconds that a step may take on a slow and busy machine
+PATIENCE = 60  # seconds that a step may take on a slow and busy machine
 
 
 def wait_until(condition, what, describe=lambda: ""):
@@ -115,10 +111,12 @@ class Node:
 
 
 class Tidewell:
-    """A running Tidewell. Ends it when the block that it is made for ends.
+    """A running Tidewell. `alerts` holds what it has announced. Ends it when the block that it is made for ends.
 
     `program` is the command; `home` the home folder, which holds Library/Messages/chat.db.
     """
+
+    _EVENTS = ("object:announcement", "object:state-changed:showing")
 
     def __init__(self, program, home=None, environment=None):
         settings = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **(environment or {}))
@@ -128,23 +126,30 @@ class Tidewell:
         self.process = subprocess.Popen(command, env=settings, start_new_session=True)
         self.alerts = []
         self._root = None
+        self._menu = None
         self._listener = Atspi.EventListener.new(self._hear)
-        self._listener.register("object:announcement")
+        for event in self._EVENTS:
+            self._listener.register(event)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
         with contextlib.suppress(GLib.Error):
-            self._listener.deregister("object:announcement")
+            for event in self._EVENTS:
+                self._listener.deregister(event)
         with contextlib.suppress(ProcessLookupError):
             os.killpg(self.process.pid, signal.SIGKILL)
         self.process.wait()
 
     def _hear(self, event):
         with contextlib.suppress(GLib.Error):
-            if self._root and event.source.get_process_id() == self._root.process:
+            if not self._root or event.source.get_process_id() != self._root.process:
+                return
+            if event.type == "object:announcement":
                 self.alerts.append(event.any_data)
+            elif event.source.get_role() == Atspi.Role.POPUP_MENU:
+                self._menu = Node(event.source)
 
     def _connected(self):
         """The application's root on the accessibility bus."""
@@ -169,6 +174,10 @@ class Tidewell:
     def find(self, role, name=None):
         """The first object of that role and name on the screen, as soon as there is one."""
         return wait_until(lambda: self.find_now(role, name), f"{role} “{name}”", self.picture)
+
+    def menu(self):
+        """The menu that popped up last. Such menus stand outside of the application's tree."""
+        return self.wait_for(lambda: self._menu, "a menu")
 
     def names(self, role):
         root = self._connected()
