@@ -59,9 +59,10 @@ class Node:
 
     @property
     def children(self):
+        """The visible ones. Qt 6.4 does not tell those that are scrolled away from those that are hidden."""
         def those(node):
             found = [node.get_child_at_index(index) for index in range(node.get_child_count())]
-            return [Node(child) for child in found if child]
+            return [child for child in map(Node, filter(None, found)) if child.has(Atspi.StateType.VISIBLE)]
         return self._ask(those, [])
 
     @property
@@ -99,7 +100,14 @@ class Node:
     def press(self):
         """Does what a press of the control does: its first action that is not taking the focus."""
         index = next(index for index, name in enumerate(self.actions) if name != "SetFocus")
-        self._accessible.get_action_iface().do_action(index)
+        with contextlib.suppress(GLib.Error):  # a press that ends the application goes unanswered
+            self._accessible.get_action_iface().do_action(index)
+
+    def click(self):
+        """Clicks into its middle with the mouse."""
+        place = self._accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+        middle = (str(place.x + place.width // 2), str(place.y + place.height // 2))
+        subprocess.run(["xdotool", "mousemove", *middle, "click", "1"], check=True)
 
     def outline(self, depth=0):
         """The tree below as lines of role and name, two blanks a level; what takes focus has a star."""
@@ -174,6 +182,13 @@ class Tidewell:
     def find(self, role, name=None):
         """The first object of that role and name on the screen, as soon as there is one."""
         return wait_until(lambda: self.find_now(role, name), f"{role} “{name}”", self.picture)
+
+    def fill_the_display(self):
+        """Makes the window as large as the display, so that nothing is scrolled away."""
+        search = ["xdotool", "search", "--onlyvisible", "--name", "^Tidewell$"]
+        found = lambda: subprocess.run(search, stdout=subprocess.PIPE, text=True).stdout.split()  # noqa: E731
+        frame = self.wait_for(found, "the window to be on the display")[0]
+        subprocess.run(["xdotool", "windowmove", frame, "0", "0", "windowsize", frame, "100%", "100%"], check=True)
 
     def menu(self):
         """The menu that popped up last. Such menus stand outside of the application's tree."""
