@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <tuple>
 
 namespace kestrel {
 namespace {
@@ -48,7 +49,7 @@ void writeErrorLine(std::string_view program, std::string_view message) {
     }
   }
   line += '\n';
-  (void)writeAll(STDERR_FILENO, line);  // There is nowhere left to say that it failed.
+  std::ignore = writeAll(STDERR_FILENO, line);  // There is nowhere left to say that it failed.
 }
 
 }  // namespace kestrel

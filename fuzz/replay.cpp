@@ -2,7 +2,8 @@
 //
 //   <name>_replay <folder of seeds> [mutations of each seed, by default 200]
 //
-// The mutations are the same in every run: their random numbers start from the seed's place in the sorted list.
+// The mutations are the same in every run: their random numbers start from the seed's place in the sorted
+// list.
 
 #include <algorithm>
 #include <charconv>
@@ -27,7 +28,8 @@ Bytes bytesOf(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// One to four changes: a byte replaced, a bit flipped, a stretch removed, a stretch repeated, the end cut off.
+// One to four changes: a byte replaced, a bit flipped, a stretch removed, a stretch repeated, the end cut
+// off.
 Bytes mutated(Bytes bytes, std::mt19937_64& random) {
   const auto below = [&](std::size_t bound) { return static_cast<std::ptrdiff_t>(random() % bound); };
   for (auto changes = 1 + below(4); changes > 0 && !bytes.empty(); --changes) {
@@ -35,15 +37,22 @@ Bytes mutated(Bytes bytes, std::mt19937_64& random) {
     const auto rest = static_cast<std::size_t>(bytes.end() - place);
     const auto stretch = place + 1 + below(std::min<std::size_t>(rest, 64));
     switch (below(5)) {
-      case 0: *place = static_cast<std::uint8_t>(below(256)); break;
-      case 1: *place = static_cast<std::uint8_t>(*place ^ (1U << below(8))); break;
-      case 2: bytes.erase(place, stretch); break;
+      case 0:
+        *place = static_cast<std::uint8_t>(below(256));
+        break;
+      case 1:
+        *place = static_cast<std::uint8_t>(*place ^ (1U << below(8)));
+        break;
+      case 2:
+        bytes.erase(place, stretch);
+        break;
       case 3: {
         const Bytes copy(place, stretch);
         bytes.insert(bytes.begin() + below(bytes.size()), copy.begin(), copy.end());
         break;
       }
-      default: bytes.erase(place, bytes.end());
+      default:
+        bytes.erase(place, bytes.end());
     }
   }
   return bytes;

@@ -210,7 +210,7 @@ bool writeMessages(sqlite3* connection, Circle& circle, const SampleHistory& his
   std::int64_t leftInRun = 0;  // How many more messages before another one is.
   std::int64_t attachmentCount = 0;
   for (std::size_t index = 0; index < times.size(); ++index) {
-    constexpr std::int64_t pause = 40 * 60 * nanoseconds;
+    constexpr std::int64_t pause = 2'400 * nanoseconds;
     if (leftInRun == 0 || (index > 0 && times[index] - times[index - 1] > pause)) {
       current = circle.someChat(chance);
       leftInRun = chance.between(1, 12);

@@ -118,7 +118,11 @@ std::string scanTable(const MessagesScanSummary& summary, std::string_view local
     for (std::size_t column = 0; column < widths.size(); ++column) {
       const std::string& cell = rows[index][column];
       const std::string padding(widths[column] - width(cell), ' ');
-      line += column == 0 ? cell + padding : std::string(gap, ' ') + padding + cell;
+      if (column == 0) {
+        line.append(cell).append(padding);
+      } else {
+        line.append(gap, ' ').append(padding).append(cell);
+      }
     }
     line.erase(line.find_last_not_of(' ') + 1);
     text += line + '\n';

@@ -3,7 +3,6 @@
 #include <KestrelKit/foundation/Iso8601.h>
 #include <KestrelKit/foundation/JsonEncoder.h>
 #include <KestrelKit/foundation/JsonWriter.h>
-#include <KestrelKit/foundation/Record.h>
 #include <KestrelTrackerMac/reading/MessagesAccessState.h>
 #include <KestrelTrackerMac/reading/MessagesDatabase.h>
 #include <KestrelTrackerMac/reading/MessagesScanError.h>

@@ -37,7 +37,7 @@ bool isWithinReach(Instant instant) { return std::abs(secondsSinceReferenceDate(
 /// The locale that the environment chooses for times, as the C library chooses it.
 std::string_view timeLocale() {
   for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
-    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+    const char* value = std::getenv(name);
     if (value && *value) {
       return value;
     }

@@ -7,8 +7,8 @@
 
 namespace kestrel {
 
-/// The day that `text` names: exactly `yyyy-MM-dd` in ASCII digits, a day that exists, of the years 0001 to 9999.
-/// Absent for anything else.
+/// The day that `text` names: exactly `yyyy-MM-dd` in ASCII digits, a day that exists, of the years 0001 to
+/// 9999. Absent for anything else.
 std::optional<std::chrono::year_month_day> civilDayFromText(std::string_view text) noexcept;
 
 /// `day`, which must exist, as `yyyy-MM-dd`. Absent outside the years 0001 to 9999.

@@ -3,7 +3,6 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
@@ -23,8 +22,7 @@ std::optional<int> takeNumber(std::string_view& text, int most) noexcept {
   if (text.size() < 2 || !isDigit(0) || !isDigit(1)) {
     return std::nullopt;
   }
-  int number = 0;
-  std::from_chars(text.data(), text.data() + 2, number);
+  const int number = 10 * (text[0] - '0') + (text[1] - '0');
   text.remove_prefix(2);
   return number <= most ? std::optional{number} : std::nullopt;
 }
@@ -68,9 +66,13 @@ std::optional<std::string> iso8601Text(Instant instant) {
   }
   const sys_seconds time{seconds{static_cast<seconds::rep>(since1970)}};
   const auto midnight = floor<days>(time);
+  const auto day = civilDayText(midnight);
+  if (!day) {
+    return std::nullopt;
+  }
   const hh_mm_ss clock{time - midnight};
-  return fmt::format("{}T{:02}:{:02}:{:02}Z", *civilDayText(midnight), clock.hours().count(), clock.minutes().count(),
-                     clock.seconds().count());
+  return fmt::format("{}T{:02}:{:02}:{:02}Z", *day, clock.hours().count(),
+                     clock.minutes().count(), clock.seconds().count());
 }
 
 std::optional<Instant> instantFromIso8601(std::string_view text) noexcept {

@@ -13,8 +13,9 @@
 
 namespace kestrel {
 
-/// Reads values from JSON text: strict RFC 8259 in valid UTF-8, to the document's last byte. Refused are a byte order
-/// mark, anything after the document, a lone surrogate escape and nesting beyond 512 levels of objects and lists.
+/// Reads values from JSON text: strict RFC 8259 in valid UTF-8, to the document's last byte. Refused are a
+/// byte order mark, anything after the document, a lone surrogate escape and nesting beyond 512 levels of
+/// objects and lists.
 ///
 /// Immutable: one may serve any number of threads at once.
 class JsonDecoder {
@@ -23,8 +24,8 @@ class JsonDecoder {
   explicit constexpr JsonDecoder(DateStrategy dates) noexcept : dates_(dates) {}
 
   /// The value in `json`, or what is wrong with it first: its syntax, else the first field that does not fit.
-  /// Elements that a lossy list drops are added to `dropped`, where one is given, each with its path and reason; a
-  /// failed reading adds nothing.
+  /// Elements that a lossy list drops are added to `dropped`, where one is given, each with its path and
+  /// reason; a failed reading adds nothing.
   template <class T>
   [[nodiscard]] std::expected<T, JsonError> decode(std::string_view json,
                                                    std::vector<JsonError>* dropped = nullptr) const {

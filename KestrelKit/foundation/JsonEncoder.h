@@ -18,8 +18,9 @@ class JsonEncoder {
   constexpr JsonEncoder() noexcept = default;
   explicit constexpr JsonEncoder(DateStrategy dates) noexcept : dates_(dates) {}
 
-  /// `value` as one document without a line feed at its end, or the first field that has no JSON form: a float or
-  /// instant that is not finite, an instant outside the years 0001 to 9999 as ISO 8601, text that is not UTF-8.
+  /// `value` as one document without a line feed at its end, or the first field that has no JSON form: a
+  /// float or instant that is not finite, an instant outside the years 0001 to 9999 as ISO 8601, text that is
+  /// not UTF-8.
   template <class T>
   [[nodiscard]] std::expected<std::string, JsonError> encode(const T& value,
                                                              JsonLayout layout = JsonLayout::compact) const {

@@ -1,13 +1,15 @@
 #pragma once
 
 #include <KestrelKit/foundation/Instant.h>
+#include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/JsonWriter.h>
 #include <KestrelKit/foundation/RawEnumeration.h>
 #include <KestrelKit/foundation/Uuid.h>
 
-#include <cstddef>
+#include <concepts>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -26,8 +28,9 @@ namespace kestrel {
 ///
 ///     static bool isLeftOut(const T& value);
 ///
-/// in which case a member whose key is absent keeps the value that the record is made with. A type with a form of its
-/// own specializes this template; a field that differs from its type names a form of its own (field() in Record.h).
+/// in which case a member whose key is absent keeps the value that the record is made with. A type with a
+/// form of its own specializes this template; a field that differs from its type names a form of its own
+/// (field() in Record.h).
 template <class T>
 struct JsonForm;
 
@@ -53,6 +56,32 @@ template <>
 struct JsonForm<std::string> {
   static std::optional<std::string> read(JsonReader& value);
   static void write(JsonWriter& writer, std::string_view value) { writer.text(value); }
+};
+
+/// A plain struct that declares its fields; Record.h says how.
+template <class T>
+concept Record = std::default_initializable<T> && requires {
+  { T::jsonFields() } -> std::same_as<JsonFields>;
+};
+
+/// Reads the object at `value` into `record`, a fresh one of the type that declares `fields`; false when
+/// something was wrong, and noted.
+bool readFields(JsonReader& value, JsonFields fields, void* record);
+
+/// Writes `record`, of the type that declares `fields`, as an object.
+void writeFields(JsonWriter& writer, JsonFields fields, const void* record);
+
+template <Record T>
+struct JsonForm<T> {
+  static std::optional<T> read(JsonReader& value) {
+    std::optional<T> record{std::in_place};
+    if (!readFields(value, T::jsonFields(), &*record)) {
+      record.reset();
+    }
+    return record;
+  }
+
+  static void write(JsonWriter& writer, const T& record) { writeFields(writer, T::jsonFields(), &record); }
 };
 
 /// As the coder's date strategy has it.
@@ -139,11 +168,13 @@ struct JsonForm<std::vector<T>> {
   }
 };
 
-/// An object with free keys, written in ascending order of their code points, which is the order of their UTF-8.
+/// An object with free keys, written in ascending order of their code points, which is the order of their
+/// UTF-8.
 template <class T>
 struct JsonForm<std::map<std::string, T>> {
   static std::optional<std::map<std::string, T>> read(JsonReader& value) {
-    std::map<std::string, std::optional<T>, std::less<>> read;  // absent where the last value of a key was wrong
+    std::map<std::string, std::optional<T>, std::less<>>
+        read;  // absent where the last value of a key was wrong
     const bool isObject = value.forEachMember([&](std::string_view key, JsonReader& member) {
       const auto [place, isNew] = read.try_emplace(std::string{key});
       if (!isNew) {

@@ -7,7 +7,9 @@
 namespace kestrel {
 namespace {
 
-constexpr bool isLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
+constexpr bool isLetter(char c) noexcept {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
 constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 constexpr bool isIdentifier(std::string_view text) noexcept {

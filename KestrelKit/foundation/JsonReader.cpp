@@ -12,9 +12,9 @@
 #include <system_error>
 #include <utility>
 
-// The one file that knows the parser. It indexes the whole document first, checking UTF-8 and control characters, and
-// then hands out values on demand. It validates only what is asked for, so every value is asked for here: texts are
-// unescaped, literals compared, numbers held against the grammar.
+// The one file that knows the parser. It indexes the whole document first, checking UTF-8 and control
+// characters, and then hands out values on demand. It validates only what is asked for, so every value is
+// asked for here: texts are unescaped, literals compared, numbers held against the grammar.
 
 namespace kestrel {
 namespace ondemand = simdjson::ondemand;
@@ -69,8 +69,8 @@ constexpr bool isNumber(std::string_view literal) noexcept {
   return place == literal.size();
 }
 
-// Whether the number `literal`, too large or too small for a float, is too small: by the decimal exponent of its
-// first digit that is not 0.
+// Whether the number `literal`, too large or too small for a float, is too small: by the decimal exponent of
+// its first digit that is not 0.
 bool isTooSmall(std::string_view literal) noexcept {
   const std::size_t mark = literal.find_first_of("eE");
   const std::string_view mantissa = literal.substr(0, mark);
@@ -118,33 +118,6 @@ std::string_view upToQuote(std::string_view rest) noexcept {
   return rest.substr(0, place);
 }
 
-// Whether the escapes of a text that is otherwise well-formed contain half a surrogate pair. The parser does not
-// refuse every one of them.
-bool hasLoneSurrogate(std::string_view escaped) noexcept {
-  const auto unitAt = [&](std::size_t place) -> unsigned {
-    unsigned unit = 0;
-    if (place + 6 <= escaped.size() && escaped[place] == '\\' && escaped[place + 1] == 'u') {
-      std::from_chars(&escaped[place + 2], &escaped[place + 2] + 4, unit, 16);
-    }
-    return unit;
-  };
-  for (std::size_t place = escaped.find('\\'); place < escaped.size(); place = escaped.find('\\', place)) {
-    const unsigned unit = unitAt(place);
-    if (unit >= 0xDC00U && unit <= 0xDFFFU) {
-      return true;
-    }
-    if (unit >= 0xD800U && unit <= 0xDBFFU) {
-      const unsigned second = unitAt(place + 6);
-      if (second < 0xDC00U || second > 0xDFFFU) {
-        return true;
-      }
-      place += 6;
-    }
-    place += escaped[place + 1] == 'u' ? 6U : 2U;
-  }
-  return false;
-}
-
 }  // namespace
 
 struct JsonReader::Document {
@@ -158,7 +131,8 @@ struct JsonReader::Document {
 
   bool failed() const noexcept { return syntaxError.has_value(); }
 
-  // Notes that the document is not well-formed; only the first time counts, what follows it is its consequence.
+  // Notes that the document is not well-formed; only the first time counts, what follows it is its
+  // consequence.
   void fail(std::string_view what, const char* where) {
     if (!failed()) {
       const auto byte = std::clamp(where, begin, end) - begin;
@@ -181,10 +155,10 @@ struct JsonReader::Document {
 struct JsonReader::Place {
   Document& document;
   const Place* parent;
-  std::string_view key;   // of a member
-  std::size_t index;      // of an element
+  std::string_view key;  // of a member
+  std::size_t index;     // of an element
   enum class Step { root, member, element } step;
-  std::size_t depth;      // the number of objects and lists that the value lies in
+  std::size_t depth;  // the number of objects and lists that the value lies in
   ondemand::value value;
   bool taken = false;
 
@@ -195,22 +169,33 @@ struct JsonReader::Place {
   std::string path() const {
     std::string path = parent == nullptr ? std::string{} : parent->path();
     switch (step) {
-      case Step::root: break;
-      case Step::member: appendMember(path, key); break;
-      case Step::element: appendElement(path, index); break;
+      case Step::root:
+        break;
+      case Step::member:
+        appendMember(path, key);
+        break;
+      case Step::element:
+        appendElement(path, index);
+        break;
     }
     return path;
   }
 
   Kind kind() {
     switch (*where()) {
-      case '{': return Kind::object;
-      case '[': return Kind::list;
-      case '"': return Kind::text;
+      case '{':
+        return Kind::object;
+      case '[':
+        return Kind::list;
+      case '"':
+        return Kind::text;
       case 't':
-      case 'f': return Kind::boolean;
-      case 'n': return Kind::null;
-      default: return Kind::number;
+      case 'f':
+        return Kind::boolean;
+      case 'n':
+        return Kind::null;
+      default:
+        return Kind::number;
     }
   }
 
@@ -222,7 +207,7 @@ struct JsonReader::Place {
       return unescaped(raw, value.get_string());
     }
     if (ondemand::raw_json_string same; value.get_raw_json_string().get(same) != simdjson::SUCCESS) {
-      document.fail(whole.data());
+      document.fail(where());
       return std::nullopt;
     }
     return raw;
@@ -232,7 +217,7 @@ struct JsonReader::Place {
     taken = true;
     const std::string_view literal = token();
     if (!isNumber(literal)) {
-      document.fail(literal.data());
+      document.fail(where());
       return std::nullopt;
     }
     return literal;
@@ -242,7 +227,7 @@ struct JsonReader::Place {
     taken = true;
     const std::string_view literal = token();
     if (literal != "true" && literal != "false") {
-      document.fail(literal.data());
+      document.fail(where());
       return std::nullopt;
     }
     return literal == "true";
@@ -312,12 +297,24 @@ struct JsonReader::Place {
       return;
     }
     switch (kind()) {
-      case Kind::object: takeMembers([](Place&) {}); break;
-      case Kind::list: takeElements([](Place&) {}); break;
-      case Kind::text: takeText(); break;
-      case Kind::number: takeNumber(); break;
-      case Kind::boolean: takeBoolean(); break;
-      case Kind::null: takeNull(); break;
+      case Kind::object:
+        takeMembers([](Place&) {});
+        break;
+      case Kind::list:
+        takeElements([](Place&) {});
+        break;
+      case Kind::text:
+        takeText();
+        break;
+      case Kind::number:
+        takeNumber();
+        break;
+      case Kind::boolean:
+        takeBoolean();
+        break;
+      case Kind::null:
+        takeNull();
+        break;
     }
   }
 
@@ -338,14 +335,11 @@ struct JsonReader::Place {
     return unescaped(raw, field.unescaped_key());
   }
 
-  std::optional<std::string_view> unescaped(std::string_view raw, simdjson::simdjson_result<std::string_view> result) {
+  std::optional<std::string_view> unescaped(std::string_view raw,
+                                            simdjson::simdjson_result<std::string_view> result) {
     std::string_view text;
     if (std::move(result).get(text) != simdjson::SUCCESS) {
-      document.fail("has a malformed escape", raw.data());
-      return std::nullopt;
-    }
-    if (hasLoneSurrogate(raw)) {
-      document.fail("has a lone surrogate", raw.data());
+      document.fail("has a malformed escape", &raw.front());
       return std::nullopt;
     }
     return text;
@@ -384,12 +378,18 @@ namespace {
 
 constexpr std::string_view nameOf(JsonReader::Kind kind) noexcept {
   switch (kind) {
-    case JsonReader::Kind::object: return "an object";
-    case JsonReader::Kind::list: return "a list";
-    case JsonReader::Kind::text: return "text";
-    case JsonReader::Kind::number: return "a number";
-    case JsonReader::Kind::boolean: return "a boolean";
-    case JsonReader::Kind::null: return "null";
+    case JsonReader::Kind::object:
+      return "an object";
+    case JsonReader::Kind::list:
+      return "a list";
+    case JsonReader::Kind::text:
+      return "text";
+    case JsonReader::Kind::number:
+      return "a number";
+    case JsonReader::Kind::boolean:
+      return "a boolean";
+    case JsonReader::Kind::null:
+      return "null";
   }
   return {};
 }
@@ -520,10 +520,12 @@ void JsonReader::dropNotedSince(std::size_t mark) {
   document.notes.erase(first, document.notes.end());
 }
 
-std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates, std::vector<JsonError>* dropped,
-                                        void* state, void (*visit)(void* state, JsonReader& root)) {
-  // The parser wants padding behind the text, so the text is copied; in brackets, because it knows an element of a
-  // list better than a scalar at the root. What would end the list early or go on after it is not well-formed.
+std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates,
+                                        std::vector<JsonError>* dropped, void* state,
+                                        void (*visit)(void* state, JsonReader& root)) {
+  // The parser wants padding behind the text, so the text is copied; in brackets, because it knows an element
+  // of a list better than a scalar at the root. What would end the list early or go on after it is not
+  // well-formed.
   std::string wrapped;
   wrapped.reserve(json.size() + 2 + simdjson::SIMDJSON_PADDING);
   wrapped += '[';
@@ -531,10 +533,16 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
   wrapped += ']';
 
   ondemand::parser parser;
-  JsonReader::Document document{.dates = dates, .dropped = dropped, .begin = wrapped.data() + 1,
-                                .end = wrapped.data() + 1 + json.size(), .parsed = {}, .notes = {}, .syntaxError = {}};
+  JsonReader::Document document{.dates = dates,
+                                .dropped = dropped,
+                                .begin = wrapped.data() + 1,
+                                .end = wrapped.data() + 1 + json.size(),
+                                .parsed = {},
+                                .notes = {},
+                                .syntaxError = {}};
   const std::size_t droppedBefore = dropped == nullptr ? 0 : dropped->size();
-  const auto indexed = parser.iterate(wrapped.data(), wrapped.size(), wrapped.capacity()).get(document.parsed);
+  const auto indexed =
+      parser.iterate(wrapped.data(), wrapped.size(), wrapped.capacity()).get(document.parsed);
   if (indexed == simdjson::UTF8_ERROR) {
     document.syntaxError = JsonError{{}, "the document is not valid UTF-8"};
   } else if (indexed == simdjson::CAPACITY || indexed == simdjson::MEMALLOC) {
@@ -548,13 +556,17 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
     });
   }
 
-  if (!document.failed() && document.notes.empty()) {
+  auto& error = document.syntaxError;
+  if (!error && !document.notes.empty()) {
+    error = std::move(document.notes.front());
+  }
+  if (!error) {
     return {};
   }
   if (dropped != nullptr) {
     dropped->resize(droppedBefore);
   }
-  return std::unexpected(document.failed() ? std::move(*document.syntaxError) : std::move(document.notes.front()));
+  return std::unexpected(*std::move(error));
 }
 
 }  // namespace kestrel

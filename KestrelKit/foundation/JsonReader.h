@@ -16,12 +16,12 @@ namespace kestrel {
 
 /// One value of a JSON document at the moment at which it is read, as a form (JsonForm) sees it.
 ///
-/// The document is read once, from front to back. A form takes its value with one of the reading functions; what it
-/// does not take is read over. Either way the value is visited to its last byte, so that a wrong value costs itself
-/// and a syntax error anywhere costs the document.
+/// The document is read once, from front to back. A form takes its value with one of the reading functions;
+/// what it does not take is read over. Either way the value is visited to its last byte, so that a wrong
+/// value costs itself and a syntax error anywhere costs the document.
 ///
-/// A reading function that gives nothing has noted why, with the path; the form only passes the absence on. One that
-/// finds a well-formed value wrong notes it with refuse().
+/// A reading function that gives nothing has noted why, with the path; the form only passes the absence on.
+/// One that finds a well-formed value wrong notes it with refuse().
 ///
 /// Not to be kept beyond the call that hands it out; one thread.
 class JsonReader {
@@ -41,26 +41,28 @@ class JsonReader {
   /// The number here as its nearest 64-bit float: any literal but one too large.
   std::optional<double> number();
 
-  /// The number here when it lies in the signed 64-bit range: exactly, where the literal has neither fraction nor
-  /// exponent; else when its nearest 64-bit float is whole and in that range.
+  /// The number here when it lies in the signed 64-bit range: exactly, where the literal has neither fraction
+  /// nor exponent; else when its nearest 64-bit float is whole and in that range.
   std::optional<std::int64_t> integer();
 
   /// Reads a `null` if one is here, and says whether it was.
   bool null();
 
-  /// Calls `visit(std::string_view key, JsonReader& value)` for each member of the object here, in order, repeated
-  /// keys included; the key is valid during the call. False, and noted, when no object is here.
+  /// Calls `visit(std::string_view key, JsonReader& value)` for each member of the object here, in order,
+  /// repeated keys included; the key is valid during the call. False, and noted, when no object is here.
   template <class Visit>
   bool forEachMember(Visit visit) {
-    return forEachMember([](void* state, std::string_view key, JsonReader& value) {
-      (*static_cast<Visit*>(state))(key, value);
-    }, &visit);
+    return forEachMember([](void* state, std::string_view key,
+                            JsonReader& value) { (*static_cast<Visit*>(state))(key, value); },
+                         &visit);
   }
 
-  /// Calls `visit(JsonReader& element)` for each element of the list here. False, and noted, when no list is here.
+  /// Calls `visit(JsonReader& element)` for each element of the list here. False, and noted, when no list is
+  /// here.
   template <class Visit>
   bool forEachElement(Visit visit) {
-    return forEachElement([](void* state, JsonReader& element) { (*static_cast<Visit*>(state))(element); }, &visit);
+    return forEachElement([](void* state, JsonReader& element) { (*static_cast<Visit*>(state))(element); },
+                          &visit);
   }
 
   /// Notes that the value here is wrong, and why. Gives the absence that a form returns then.
@@ -82,8 +84,8 @@ class JsonReader {
  private:
   struct Document;
   struct Place;
-  friend std::expected<void, JsonError> readJson(std::string_view, DateStrategy, std::vector<JsonError>*, void*,
-                                                 void (*)(void*, JsonReader&));
+  friend std::expected<void, JsonError> readJson(std::string_view, DateStrategy, std::vector<JsonError>*,
+                                                 void*, void (*)(void*, JsonReader&));
 
   explicit JsonReader(Place& place) noexcept : place_(&place) {}
 
@@ -93,9 +95,10 @@ class JsonReader {
   Place* place_;
 };
 
-/// Reads the document `json` and calls `visit(state, root)`. The first of what was noted is the error; one about
-/// syntax goes before all others. `dropped` may be null. See JsonDecoder for what a document must be.
-std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates, std::vector<JsonError>* dropped,
-                                        void* state, void (*visit)(void* state, JsonReader& root));
+/// Reads the document `json` and calls `visit(state, root)`. The first of what was noted is the error; one
+/// about syntax goes before all others. `dropped` may be null. See JsonDecoder for what a document must be.
+std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates,
+                                        std::vector<JsonError>* dropped, void* state,
+                                        void (*visit)(void* state, JsonReader& root));
 
 }  // namespace kestrel

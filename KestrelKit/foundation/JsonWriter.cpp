@@ -32,16 +32,17 @@ std::string_view numberText(double value, NumberText& text) noexcept {
   char* end = std::to_chars(text.data(), text.data() + text.size(), value,
                             plain ? std::chars_format::fixed : std::chars_format::scientific)
                   .ptr;
-  // `1.5e-07`: an exponent has two digits at least, of which the first may be a 0.
-  if (!plain && end[-2] == '0') {
+  // `1.5e-07`: an exponent has at least two digits, of which the first may be a 0.
+  if (!plain && end[-2] == '0' && (end[-3] == '+' || end[-3] == '-')) {
     end[-2] = end[-1];
     --end;
   }
   return {text.data(), end};
 }
 
-// The well-formed document `compact`, which has no blanks between tokens, with two spaces for each level. An empty
-// object or list stays on its line. (The library's own indenting writer does not compile with checked encodings.)
+// The well-formed document `compact`, which has no blanks between tokens, with two spaces for each level. An
+// empty object or list stays on its line. (The library's own indenting writer does not compile with checked
+// encodings.)
 std::string indented(std::string_view compact) {
   std::string result;
   std::size_t level = 0;
@@ -192,8 +193,8 @@ void JsonWriter::refuse(std::string message) {
 }
 
 std::expected<std::string, JsonError> JsonWriter::finish(JsonLayout layout) {
-  if (document_->error) {
-    return std::unexpected(std::move(*document_->error));
+  if (auto& error = document_->error) {
+    return std::unexpected(*std::move(error));
   }
   const std::string_view compact{document_->buffer.GetString(), document_->buffer.GetSize()};
   return layout == JsonLayout::compact ? std::string{compact} : indented(compact);

@@ -14,8 +14,8 @@ namespace kestrel {
 /// Whether a document stands on one line without blanks between tokens, or is indented by two spaces.
 enum class JsonLayout { compact, indented };
 
-/// Writes one JSON document from front to back. The first value that has no JSON form (a float that is not finite,
-/// text that is not valid UTF-8) is noted with its path, and the document is then refused as a whole.
+/// Writes one JSON document from front to back. The first value that has no JSON form (a float that is not
+/// finite, text that is not valid UTF-8) is noted with its path, and the document is then refused as a whole.
 class JsonWriter {
  public:
   explicit JsonWriter(DateStrategy dates);
@@ -36,7 +36,8 @@ class JsonWriter {
   void text(std::string_view value);
 
   void openObject();
-  void key(std::string_view key);  ///< The next value belongs to `key`, which must live until its object is closed.
+  void key(std::string_view
+               key);  ///< The next value belongs to `key`, which must live until its object is closed.
   void closeObject();
   void openList();
   void closeList();

@@ -9,7 +9,9 @@ namespace {
 
 constexpr std::size_t longest = 80;
 
-constexpr bool continuesCodePoint(char byte) noexcept { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+constexpr bool continuesCodePoint(char byte) noexcept {
+  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
 
 }  // namespace
 

@@ -5,8 +5,9 @@
 
 namespace kestrel {
 
-/// `text` in double quotes for a message of one line: control characters, quotes and backslashes escaped as in JSON,
-/// and what exceeds 80 bytes replaced by an ellipsis, so that a foreign text cannot break or flood the message.
+/// `text` in double quotes for a message of one line: control characters, quotes and backslashes escaped as
+/// in JSON, and what exceeds 80 bytes replaced by an ellipsis, so that a foreign text cannot break or flood
+/// the message.
 std::string quoted(std::string_view text);
 
 /// `text` without the quotes, shortened and escaped likewise; for literals that carry none.

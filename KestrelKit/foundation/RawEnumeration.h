@@ -43,8 +43,8 @@ class AllCases {
   static constexpr const auto& cases() noexcept { return made_<Self>; }
 };
 
-/// The base of an enumeration whose cases carry texts, which are also their JSON form. The table `rawValues` is the
-/// only list: parsing, printing, `allCases`, JSON and the message about a foreign text come from it.
+/// The base of an enumeration whose cases carry texts, which are also their JSON form. The table `rawValues`
+/// is the only list: parsing, printing, `allCases`, JSON and the message about a foreign text come from it.
 ///
 ///     class SelfReportSource : public RawEnumeration<SelfReportSource> {
 ///      public:
@@ -94,6 +94,9 @@ class RawEnumeration {
   }
 
  private:
+  friend Self;
+  constexpr RawEnumeration() noexcept = default;
+
   static constexpr bool listsCasesInOrder() noexcept {
     std::size_t index = 0;
     for (const auto& raw : Self::rawValues) {

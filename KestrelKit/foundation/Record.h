@@ -1,25 +1,16 @@
 #pragma once
 
-#include <KestrelKit/foundation/JsonFields.h>
+#include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/JsonWriter.h>
 
-#include <concepts>
-#include <optional>
 #include <string_view>
+#include <utility>
 
 namespace kestrel {
 
-/// One field of a record: its JSON key and the two ways between JSON and the member.
-struct JsonField {
-  std::string_view key;
-  bool (*read)(JsonReader& value, void* record);  ///< False: noted in the reader.
-  void (*write)(JsonWriter& writer, std::string_view key, const void* record);
-  bool mayBeLeftOut;
-};
-
-/// A plain struct that declares its fields. The header declares the struct and
+/// How a record declares its fields. Its header has the struct with
 ///
 ///     static JsonFields jsonFields();
 ///
@@ -34,31 +25,23 @@ struct JsonField {
 ///       return fields;
 ///     }
 ///
-/// Encoding, decoding, the order of keys and the paths of errors come from that list. Whether a field is required is
-/// the type's affair: a `std::optional` may be left out. Unknown keys are ignored; of a repeated key the last stands.
-template <class T>
-concept Record = std::default_initializable<T> && requires {
-  { T::jsonFields() } -> std::same_as<JsonFields>;
-};
-
-namespace detail {
+/// Encoding, decoding, the order of keys and the paths of errors come from that list. Whether a field is
+/// required is its type's affair: a `std::optional` may be left out. Unknown keys are ignored; of a repeated
+/// key the last stands. At most 64 fields.
+namespace record_detail {
 
 template <class Owner, class Type>
 Owner ownerOf(Type Owner::*);
 template <class Owner, class Type>
 Type typeOf(Type Owner::*);
 
-/// Reads the object at `value` into `record`, a fresh one; false when something was wrong.
-bool readFields(JsonReader& value, JsonFields fields, void* record);
-void writeFields(JsonWriter& writer, JsonFields fields, const void* record);
+}  // namespace record_detail
 
-}  // namespace detail
-
-/// The field of `key` that `member` holds; in the form of the member's type, unless it names another.
-template <auto member, class Form = JsonForm<decltype(detail::typeOf(member))>>
+/// The field of `key` that `member` holds, in the form of the member's type unless it names another.
+template <auto member, class Form = JsonForm<decltype(record_detail::typeOf(member))>>
 consteval JsonField field(std::string_view key) {
-  using Owner = decltype(detail::ownerOf(member));
-  using Type = decltype(detail::typeOf(member));
+  using Owner = decltype(record_detail::ownerOf(member));
+  using Type = decltype(record_detail::typeOf(member));
   constexpr bool mayBeLeftOut = requires(const Type& value) { Form::isLeftOut(value); };
   return {
       .key = key,
@@ -85,18 +68,5 @@ consteval JsonField field(std::string_view key) {
       .mayBeLeftOut = mayBeLeftOut,
   };
 }
-
-template <Record T>
-struct JsonForm<T> {
-  static std::optional<T> read(JsonReader& value) {
-    std::optional<T> record{std::in_place};
-    if (!detail::readFields(value, T::jsonFields(), &*record)) {
-      record.reset();
-    }
-    return record;
-  }
-
-  static void write(JsonWriter& writer, const T& record) { detail::writeFields(writer, T::jsonFields(), &record); }
-};
 
 }  // namespace kestrel

@@ -58,7 +58,8 @@ std::array<fs::path, 3> candidateFolders() {
   Dl_info symbol{};
   void* handle = nullptr;
   // The program itself has no name in the linker's list.
-  if (dladdr1(reinterpret_cast<const void*>(&ResourceBundle::kestrelKit), &symbol, &handle, RTLD_DL_LINKMAP) != 0) {
+  if (dladdr1(reinterpret_cast<const void*>(&ResourceBundle::kestrelKit), &symbol, &handle,
+              RTLD_DL_LINKMAP) != 0) {
     const auto* object = static_cast<const link_map*>(handle);
     if (object != nullptr && object->l_name != nullptr && *object->l_name != '\0') {
       library = fs::weakly_canonical(object->l_name, error).parent_path();

@@ -18,7 +18,8 @@ namespace {
 
 using namespace std::chrono;
 
-constexpr std::int64_t daySeconds = 86'400;
+constexpr std::int64_t hourSeconds = 3'600;
+constexpr std::int64_t daySeconds = 24 * hourSeconds;
 constexpr auto always = std::numeric_limits<std::int64_t>::max();
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
 
@@ -99,7 +100,7 @@ struct Reading {
 Reading read(const TimeZone::Rules& rules, std::int64_t time) {
   // No clock is more than 26 hours ahead: from here, stretch by stretch, the first that holds the time is the
   // earliest.
-  WholeStretch stretch = stretchOf(rules, time - 27 * 3600);
+  WholeStretch stretch = stretchOf(rules, time - 27 * hourSeconds);
   while (time - stretch.offset >= stretch.end) {
     const WholeStretch next = stretchOf(rules, stretch.end);
     if (time - next.offset < next.begin) {
@@ -118,7 +119,7 @@ Instant toInstant(std::int64_t time) {
 }
 
 std::filesystem::path zoneFolder() {
-  const char* chosen = std::getenv("TZDIR");  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+  const char* chosen = std::getenv("TZDIR");
   return chosen && *chosen ? chosen : "/usr/share/zoneinfo";
 }
 
@@ -141,7 +142,7 @@ std::optional<TimeZone::Rules> rulesOf(std::string_view description) {
 }  // namespace
 
 TimeZone TimeZone::current() {
-  const char* variable = std::getenv("TZ");  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+  const char* variable = std::getenv("TZ");
   auto rules = variable ? rulesOf(variable) : readZoneFile("/etc/localtime");
   return rules ? TimeZone(std::make_shared<const Rules>(*std::move(rules))) : utc();
 }

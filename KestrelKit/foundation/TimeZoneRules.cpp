@@ -178,7 +178,8 @@ std::optional<TimeZone::Rules> takeBody(ZoneBytes& bytes, const ZoneHeader& head
     }
     rules.settings[i].offset = offsets[kind];
   }
-  const auto tooFar = [](std::int64_t offset) { return offset < -25 * 3600 || offset > 26 * 3600; };
+  constexpr std::int64_t hour = 3600;  // RFC 8536 allows less than 25 hours west and 26 hours east
+  const auto tooFar = [](std::int64_t offset) { return offset <= -25 * hour || offset >= 26 * hour; };
   if (!std::ranges::is_sorted(rules.settings, {}, &TimeZone::Rules::Setting::at) ||
       std::ranges::any_of(offsets, tooFar)) {
     return std::nullopt;

@@ -21,7 +21,7 @@ struct DayRule {
   unsigned month = 0;
   unsigned week = 0;
   unsigned day = 0;
-  std::int64_t time = 2 * 3600;  ///< Seconds after midnight by the clocks before they are set; may be negative.
+  std::int64_t time = 7'200;  ///< Seconds after midnight by the clocks before they are set; may be negative.
 };
 
 /// Two settings of the clocks that come back every year, or one offset for good: POSIX's form of `TZ`.

@@ -6,8 +6,8 @@
 
 namespace kestrel {
 
-/// Where the classification of a day comes from: the user's own report, made by hand or found by its keyword, or the
-/// classifier.
+/// Where the classification of a day comes from: the user's own report, made by hand or found by its keyword,
+/// or the classifier.
 class ClassificationSource : public RawEnumeration<ClassificationSource> {
  public:
   enum Case : std::uint8_t { manual, keyword, algorithmic };

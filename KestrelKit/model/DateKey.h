@@ -9,8 +9,8 @@
 
 namespace kestrel {
 
-/// The calendar day as text, `yyyy-MM-dd`, in the device's zone as it was when the first key was made or read. Any
-/// thread.
+/// The calendar day as text, `yyyy-MM-dd`, in the device's zone as it was when the first key was made or
+/// read. Any thread.
 struct DateKey {
   DateKey() = delete;
 

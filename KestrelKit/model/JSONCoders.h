@@ -6,8 +6,8 @@
 
 namespace kestrel {
 
-/// The shared coders, through which every record with an instant is written and read: ISO 8601, otherwise as they
-/// come. Immutable; any thread.
+/// The shared coders, through which every record with an instant is written and read: ISO 8601, otherwise as
+/// they come. Immutable; any thread.
 struct JSONCoders {
   JSONCoders() = delete;
 

@@ -7,7 +7,8 @@
 
 namespace kestrel {
 
-/// The nine mood states. The raw value is the text that people see, and the JSON form, which is read strictly.
+/// The nine mood states. The raw value is the text that people see, and the JSON form, which is read
+/// strictly.
 class KestrelState : public RawEnumeration<KestrelState> {
  public:
   enum Case : std::uint8_t {
@@ -37,8 +38,8 @@ class KestrelState : public RawEnumeration<KestrelState> {
   constexpr KestrelState(Case value) noexcept : value_(value) {}
   constexpr operator Case() const noexcept { return value_; }
 
-  /// The state that a stored or transferred text stands for: a raw value or one of the names of earlier releases,
-  /// compared exactly; `unknown` for any other text.
+  /// The state that a stored or transferred text stands for: a raw value or one of the names of earlier
+  /// releases, compared exactly; `unknown` for any other text.
   static KestrelState fromStoredValue(std::string_view text) noexcept;
 
  private:

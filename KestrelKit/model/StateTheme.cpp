@@ -13,21 +13,21 @@ namespace {
 
 struct Look {
   KestrelState state;
+  SystemColor color;
   std::string_view symbol;
   std::string_view shortCode;
-  SystemColor color;
 };
 
 constexpr Look looks[] = {
-    {KestrelState::psychosis, "✦", "PSY", SystemColor::purple},
-    {KestrelState::mixedEpisode, "↔", "MIX", SystemColor::pink},
-    {KestrelState::mania, "↑", "MAN", SystemColor::red},
-    {KestrelState::hypomania, "↗", "HYP", SystemColor::orange},
-    {KestrelState::euthymia, "•", "EUT", SystemColor::green},
-    {KestrelState::dysthymia, "↘", "DYS", SystemColor::teal},
-    {KestrelState::moderateDepression, "↓", "MOD", SystemColor::blue},
-    {KestrelState::severeDepression, "⇊", "SEV", SystemColor::indigo},
-    {KestrelState::unknown, "?", "?", SystemColor::gray},
+    {KestrelState::psychosis, SystemColor::purple, "✦", "PSY"},
+    {KestrelState::mixedEpisode, SystemColor::pink, "↔", "MIX"},
+    {KestrelState::mania, SystemColor::red, "↑", "MAN"},
+    {KestrelState::hypomania, SystemColor::orange, "↗", "HYP"},
+    {KestrelState::euthymia, SystemColor::green, "•", "EUT"},
+    {KestrelState::dysthymia, SystemColor::teal, "↘", "DYS"},
+    {KestrelState::moderateDepression, SystemColor::blue, "↓", "MOD"},
+    {KestrelState::severeDepression, SystemColor::indigo, "⇊", "SEV"},
+    {KestrelState::unknown, SystemColor::gray, "?", "?"},
 };
 
 constexpr bool coversAllStatesInOrder() noexcept {
@@ -61,9 +61,12 @@ std::string_view StateTheme::symbol(KestrelState state) noexcept { return lookOf
 
 std::string_view StateTheme::shortCode(KestrelState state) noexcept { return lookOf(state).shortCode; }
 
-std::string StateTheme::label(KestrelState state) { return fmt::format("{} {}", symbol(state), state.rawValue()); }
+std::string StateTheme::label(KestrelState state) {
+  return fmt::format("{} {}", symbol(state), state.rawValue());
+}
 
-std::string StateTheme::accessibilityDetail(std::optional<double> confidence, std::optional<std::string_view> source) {
+std::string StateTheme::accessibilityDetail(std::optional<double> confidence,
+                                            std::optional<std::string_view> source) {
   std::string detail;
   if (confidence) {
     detail = fmt::format("Confidence {} percent", percentage(*confidence));

@@ -14,8 +14,8 @@ namespace kestrel {
 struct StateTheme {
   StateTheme() = delete;
 
-  static constexpr std::array<KestrelState, 4> elevatedStates{KestrelState::psychosis, KestrelState::mixedEpisode,
-                                                              KestrelState::mania, KestrelState::hypomania};
+  static constexpr std::array<KestrelState, 4> elevatedStates{
+      KestrelState::psychosis, KestrelState::mixedEpisode, KestrelState::mania, KestrelState::hypomania};
   static constexpr std::array<KestrelState, 1> stableStates{KestrelState::euthymia};
   static constexpr std::array<KestrelState, 3> depressedStates{
       KestrelState::dysthymia, KestrelState::moderateDepression, KestrelState::severeDepression};
@@ -31,10 +31,11 @@ struct StateTheme {
   /// Symbol, blank, display text: `↔ Mixed Episode`.
   static std::string label(KestrelState state);
 
-  /// What a screen reader adds to a state: `Confidence 73 percent, Source keyword`. The confidence is a fraction; its
-  /// percentage is rounded half away from zero, and one that is not finite or lies beyond 64 bits is a programming
-  /// error. An absent confidence and an absent or empty source are left out.
-  static std::string accessibilityDetail(std::optional<double> confidence, std::optional<std::string_view> source);
+  /// What a screen reader adds to a state: `Confidence 73 percent, Source keyword`. The confidence is a
+  /// fraction; its percentage is rounded half away from zero, and one that is not finite or lies beyond 64
+  /// bits is a programming error. An absent confidence and an absent or empty source are left out.
+  static std::string accessibilityDetail(std::optional<double> confidence,
+                                         std::optional<std::string_view> source);
 };
 
 }  // namespace kestrel

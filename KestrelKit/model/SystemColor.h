@@ -12,15 +12,8 @@ class SystemColor : public RawEnumeration<SystemColor> {
   enum Case : std::uint8_t { purple, pink, red, orange, green, teal, blue, indigo, gray };
 
   static constexpr RawValue<Case> rawValues[] = {
-      {purple, "purple"},
-      {pink, "pink"},
-      {red, "red"},
-      {orange, "orange"},
-      {green, "green"},
-      {teal, "teal"},
-      {blue, "blue"},
-      {indigo, "indigo"},
-      {gray, "gray"},
+      {purple, "purple"}, {pink, "pink"}, {red, "red"},       {orange, "orange"}, {green, "green"},
+      {teal, "teal"},     {blue, "blue"}, {indigo, "indigo"}, {gray, "gray"},
   };
 
   constexpr SystemColor(Case value) noexcept : value_(value) {}

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <KestrelKit/foundation/JsonFields.h>
+#include <KestrelKit/foundation/JsonField.h>
 
 #include <cstdint>
 #include <optional>

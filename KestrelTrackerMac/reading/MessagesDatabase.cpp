@@ -1,9 +1,10 @@
 #include <KestrelKit/foundation/Calendar.h>
-#include <KestrelKit/foundation/InMemoryTemporaryFiles.h>
+#include <KestrelKit/foundation/SqliteFileSystem.h>
 #include <KestrelKit/foundation/SqliteHandles.h>
 #include <KestrelTrackerMac/reading/MessageActivitySample.h>
 #include <KestrelTrackerMac/reading/MessagesAggregateBuilder.h>
 #include <KestrelTrackerMac/reading/MessagesDatabase.h>
+#include <KestrelTrackerMac/reading/MessagesQuery.h>
 #include <pwd.h>
 #include <sqlite3.h>
 #include <unistd.h>
@@ -22,25 +23,6 @@ namespace {
 constexpr std::int64_t leastDays = 1;
 constexpr std::int64_t mostDays = 365;
 constexpr int busyMilliseconds = 2000;
-
-constexpr const char* query =
-    "SELECT\n"
-    "    m.ROWID,\n"
-    "    m.date,\n"
-    "    m.is_from_me,\n"
-    "    COALESCE(MIN(cmj.chat_id), -m.ROWID),\n"
-    "    CASE WHEN m.text IS NULL THEN NULL ELSE length(m.text) END\n"
-    "FROM message AS m\n"
-    "LEFT JOIN chat_message_join AS cmj ON cmj.message_id = m.ROWID\n"
-    "WHERE (CASE\n"
-    "    WHEN ABS(m.date) > 1000000000000 THEN m.date / 1000000000.0\n"
-    "    ELSE m.date\n"
-    "END) >= ?\n"
-    "GROUP BY m.ROWID\n"
-    "ORDER BY m.date ASC";
-
-/// The columns of `query`; the first, the row number, is there for the grouping only.
-enum Column { date = 1, isFromMe, conversation, textLength };
 
 bool isVisible(const std::filesystem::path& path) {
   std::error_code unseen;
@@ -66,18 +48,18 @@ Instant instantOf(double date) {
 
 MessageActivitySample sampleOf(sqlite3_stmt* row) {
   MessageActivitySample sample;
-  sample.timestamp = instantOf(sqlite3_column_double(row, Column::date));
-  if (sqlite3_column_type(row, Column::textLength) != SQLITE_NULL) {
-    sample.textLength = sqlite3_column_int64(row, Column::textLength);
+  sample.timestamp = instantOf(sqlite3_column_double(row, MessagesQuery::date));
+  if (sqlite3_column_type(row, MessagesQuery::textLength) != SQLITE_NULL) {
+    sample.textLength = sqlite3_column_int64(row, MessagesQuery::textLength);
   }
-  sample.isFromMe = sqlite3_column_int(row, Column::isFromMe) != 0;
-  sample.conversationID = sqlite3_column_int64(row, Column::conversation);
+  sample.isFromMe = sqlite3_column_int(row, MessagesQuery::isFromMe) != 0;
+  sample.conversationID = sqlite3_column_int64(row, MessagesQuery::conversation);
   return sample;
 }
 
 std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem::path& path, std::int64_t days,
                                                            Instant now) {
-  if (days < leastDays || days > mostDays || !keepTemporaryFilesInMemory()) {
+  if (days < leastDays || days > mostDays || !installSqliteFileSystem()) {
     return std::unexpected(MessagesScanError::queryFailed);
   }
   if (!isVisible(path)) {
@@ -91,7 +73,7 @@ std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem
   sqlite3_busy_timeout(connection.get(), busyMilliseconds);
 
   sqlite3_stmt* prepared = nullptr;
-  const int prepareResult = sqlite3_prepare_v2(connection.get(), query, -1, &prepared, nullptr);
+  const int prepareResult = sqlite3_prepare_v2(connection.get(), MessagesQuery::text, -1, &prepared, nullptr);
   const SqliteStatement statement(prepared);
   if (prepareResult != SQLITE_OK || !statement) {
     return std::unexpected(MessagesScanError::unsupportedDatabase);
@@ -125,12 +107,12 @@ std::filesystem::path homeInUserDatabase() {
 }  // namespace
 
 std::filesystem::path defaultMessagesDatabase() {
-  const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe): nothing here sets the environment
+  const char* home = std::getenv("HOME");
   return (home && *home ? std::filesystem::path(home) : homeInUserDatabase()) / "Library/Messages/chat.db";
 }
 
 MessagesAccessState probeMessagesAccess(const std::filesystem::path& path) noexcept {
-  if (!keepTemporaryFilesInMemory()) {
+  if (!installSqliteFileSystem()) {
     return MessagesAccessState::unavailable;
   }
   if (!isVisible(path)) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <KestrelKit/foundation/Instant.h>
-#include <KestrelKit/foundation/JsonFields.h>
+#include <KestrelKit/foundation/JsonField.h>
 #include <KestrelTrackerMac/reading/MessageDayAggregate.h>
 
 #include <cstdint>

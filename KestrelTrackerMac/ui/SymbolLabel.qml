@@ -21,8 +21,8 @@ RowLayout {
     name: label.symbol
     color: label.color
     Layout.alignment: Qt.AlignTop
-    // Letters stand a little above the middle of their line.
-    Layout.topMargin: Math.round((prose.lineHeight - height) / 2 - 0.1 * label.font.pixelSize)
+    // In the wider lines of text, letters stand a little above the middle.
+    Layout.topMargin: Math.round((prose.lineHeight - height) / 2 - (label.heading ? 0 : 0.1 * label.font.pixelSize))
     Layout.preferredWidth: label.symbolSize
     Layout.preferredHeight: label.symbolSize
   }

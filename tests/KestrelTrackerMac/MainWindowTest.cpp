@@ -71,6 +71,7 @@ struct MainWindowTest : testing::Test {
   ~MainWindowTest() override { QLocale::setDefault(QLocale::c()); }
 
   void show(MessagesAccessState state, ScanResult result = MessagesScanSummary{}) {
+    engine.reset();  // before the coordinator that its views look at
     coordinator = std::make_unique<MessagesCompanionCoordinator>(
         std::make_unique<ReadyReader>(state, std::move(result)));
     engine = std::make_unique<QQmlApplicationEngine>();
@@ -270,9 +271,10 @@ TEST_F(MainWindowTest, everyTextReadsInThePicture) {
     coordinator->scan();
     window->resize(1080, 1200);
     ASSERT_TRUE(QTest::qWaitFor([&] { return window->contentItem()->height() >= 1100; }, patience));
+    window->grabWindow();  // settles the layout
     const QImage picture = window->grabWindow();
     ASSERT_FALSE(picture.isNull());
-    const qreal scale = picture.devicePixelRatio();
+    const qreal scale = static_cast<qreal>(picture.width()) / window->width();
     for (QQuickItem* text : visible("QQuickText")) {
       const QRectF place = text->mapRectToScene(text->boundingRect());
       const QRect area = QRectF{place.topLeft() * scale, place.size() * scale}.toRect() & picture.rect();

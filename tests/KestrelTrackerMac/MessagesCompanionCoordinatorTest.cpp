@@ -303,7 +303,7 @@ TEST_F(RealReader, aMissingFileNeedsAccessAndIsFoundWhenItComes) {
 
 TEST_F(RealReader, aFolderInItsPlaceIsNoHistory) {
   ASSERT_TRUE(QDir{folder.path()}.mkdir(QStringLiteral("chat.db")));
-  refreshTo(AccessState::NeedsFullDiskAccess);
+  refreshTo(AccessState::Unavailable);
 }
 
 TEST_F(RealReader, anUnknownSchemaShowsAtTheScanOnly) {

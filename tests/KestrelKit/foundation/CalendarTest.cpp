@@ -157,7 +157,13 @@ TEST(Calendar, currentIsInTheZoneOfTheEnvironment) {
 TEST(Calendar, hourAgreesWithThePlainWayAtRandomInstants) {
   EXPECT_TRUE(rc::check([] {
     const auto zone = *rc::gen::elementOf(zones);
-    const sys_seconds time(seconds(*rc::gen::inRange<std::int64_t>(-6'000'000'000, 13'000'000'000)));
+    sys_seconds time(seconds(*rc::gen::inRange<std::int64_t>(-6'000'000'000, 13'000'000'000)));
+    if (*rc::gen::arbitrary<bool>()) {  // as likely as not within two hours of a change of the clocks
+      const double change = secondsSinceReferenceDate(TimeZone::named(zone)->stretchAt(at(time)).end);
+      RC_PRE(std::isfinite(change));
+      time = sys_seconds(seconds(static_cast<std::int64_t>(change) + *rc::gen::inRange<std::int64_t>(-7200, 7200)) +
+                         ReferenceClock::referenceDateSince1970);
+    }
     const auto hour = gregorianIn(zone).hourAround(at(time)).value();
     RC_ASSERT(hour.contains(at(time)));
     RC_ASSERT(hour.components == plainly(zone, time));
@@ -189,6 +195,20 @@ TEST(Calendar, hourEndsEarlyWhereTheClocksAreSetWithinIt) {
   EXPECT_EQ(second.components, first.components);
   EXPECT_EQ(second.begin, set);
   EXPECT_EQ(second.end - second.begin, 30min);
+}
+
+TEST(Calendar, hourEndsAtTheVeryInstantAtWhichTheClocksAreSet) {
+  // St. John's set its clocks one minute after midnight: on 30 October 2005 that took them back to the day before.
+  const Calendar stJohns = gregorianIn("America/St_Johns");
+  const Instant set = at(sys_days{2005y / October / 30} + 2h + 31min);
+  const auto midnight = stJohns.hourAround(before(set)).value();
+  EXPECT_EQ(midnight.components, (Components{2005, 10, 30, 0}));
+  EXPECT_EQ(midnight.end, set);
+  EXPECT_EQ(midnight.end - midnight.begin, 1min);
+  const auto eveningAgain = stJohns.hourAround(set).value();
+  EXPECT_EQ(eveningAgain.components, (Components{2005, 10, 29, 23}));
+  EXPECT_EQ(eveningAgain.begin, set);
+  EXPECT_EQ(eveningAgain.end - eveningAgain.begin, 59min);
 }
 
 TEST(Calendar, hourAgreesWithIcuInEveryCalendar) {

@@ -1,10 +1,10 @@
+#include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/ProgrammingError.h>
-#include <KestrelKit/foundation/Record.h>
 
 #include <cstddef>
 #include <cstdint>
 
-namespace kestrel::detail {
+namespace kestrel {
 namespace {
 
 // A set of fields, by their place in the declaration.
@@ -56,4 +56,4 @@ void writeFields(JsonWriter& writer, JsonFields fields, const void* record) {
   writer.closeObject();
 }
 
-}  // namespace kestrel::detail
+}  // namespace kestrel

@@ -1,7 +1,9 @@
-#include <KestrelKit/foundation/InMemoryTemporaryFiles.h>
+#include <KestrelKit/foundation/SqliteFileSystem.h>
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace kestrel {
 namespace {
@@ -10,19 +12,41 @@ namespace {
 sqlite3_vfs* platform = nullptr;
 sqlite3_vfs* memory = nullptr;
 
+/// Whether `file` is a database (https://www.sqlite.org/fileformat2.html, 1.3) that ends within a page.
+bool isCutOff(sqlite3_file* file) {
+  constexpr std::string_view magic("SQLite format 3\0", 16);
+  std::array<char, 18> header{};
+  sqlite3_int64 size = 0;
+  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK ||
+      file->pMethods->xRead(file, header.data(), header.size(), 0) != SQLITE_OK ||
+      !std::string_view(header.data(), header.size()).starts_with(magic)) {
+    return false;
+  }
+  const int written = static_cast<unsigned char>(header[16]) << 8 | static_cast<unsigned char>(header[17]);
+  const int pageSize = written == 1 ? 65'536 : written;
+  return pageSize > 0 && size % pageSize != 0;
+}
+
 int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int* outFlags) {
   sqlite3_vfs* const responsible = name ? platform : memory;
-  return responsible->xOpen(responsible, name, file, flags, outFlags);
+  const int result = responsible->xOpen(responsible, name, file, flags, outFlags);
+  constexpr int readOnlyDatabase = SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_READONLY;
+  if (result == SQLITE_OK && (flags & readOnlyDatabase) == readOnlyDatabase && isCutOff(file)) {
+    file->pMethods->xClose(file);
+    file->pMethods = nullptr;
+    return SQLITE_CORRUPT;
+  }
+  return result;
 }
 
 // Each function of a file system is told which one it belongs to, so the platform's are called with the platform's.
-sqlite3_vfs handingThrough() {
+sqlite3_vfs ourFileSystem() {
   return {
       .iVersion = 2,
       .szOsFile = std::max(platform->szOsFile, memory->szOsFile),
       .mxPathname = platform->mxPathname,
       .pNext = nullptr,
-      .zName = "kestrel-in-memory-temporary-files",
+      .zName = "kestrel",
       .pAppData = nullptr,
       .xOpen = open,
       .xDelete = [](sqlite3_vfs*, const char* name, int sync) { return platform->xDelete(platform, name, sync); },
@@ -53,13 +77,13 @@ bool registerOnce() noexcept {
   if (!platform || !memory || platform->iVersion < 2) {
     return false;
   }
-  static sqlite3_vfs files = handingThrough();
+  static sqlite3_vfs files = ourFileSystem();
   return sqlite3_vfs_register(&files, /*makeDflt=*/1) == SQLITE_OK;
 }
 
 }  // namespace
 
-bool keepTemporaryFilesInMemory() noexcept {
+bool installSqliteFileSystem() noexcept {
   static const bool kept = registerOnce();
   return kept;
 }

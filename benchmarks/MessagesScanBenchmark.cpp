@@ -1,0 +1,198 @@
+// What a scan of the Messages database costs beside SQLite alone.
+//
+//   messages_scan_benchmark FOLDER [PAIRS]
+//
+// Writes sample histories of 10,000 to 5,000,000 messages into FOLDER (those that are there are used again), then
+// prints three tables: the scan beside the bare stepping of the same statement with the same columns read, the two
+// taking turns; the growth with the number of messages; and the memory of a process that does the one or the other.
+
+#include <KestrelKit/foundation/Calendar.h>
+#include <KestrelKit/foundation/SqliteFileSystem.h>
+#include <KestrelKit/foundation/SqliteHandles.h>
+#include <KestrelTrackerMac/reading/MessagesDatabase.h>
+#include <KestrelTrackerMac/reading/MessagesQuery.h>
+#include <fmt/format.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <tidewell-sample-history/SampleHistory.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using kestrel::Calendar;
+using kestrel::Instant;
+using kestrel::companion::MessagesQuery;
+
+constexpr Instant now = kestrel::instantSinceReferenceDate(790'000'000);  // where every history ends
+constexpr std::int64_t historyDays = 400;                                 // so that nearly all are in a year's scan
+
+[[noreturn]] void fail(std::string_view what) {
+  fmt::print(stderr, "messages_scan_benchmark: {}\n", what);
+  std::exit(1);
+}
+
+/// Does `work` in a process of its own, whose memory this one's does not blur, and gives what it used.
+template <typename Work>
+rusage inProcess(const Work& work) {
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child == 0) {
+    work();
+    std::_Exit(0);
+  }
+  rusage usage{};
+  int status = 0;
+  if (child < 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
+    fail("a process of the benchmark failed");
+  }
+  return usage;
+}
+
+std::filesystem::path historyOf(const std::filesystem::path& folder, std::int64_t messages) {
+  const auto path = folder / fmt::format("messages-{}.db", messages);
+  if (!std::filesystem::exists(path)) {
+    inProcess([&] {
+      const auto written = kestrel::writeSampleHistory(
+          path, {.messages = messages, .days = historyDays, .seed = 1, .end = now, .utcOffset = {}});
+      if (!written) {
+        fail(written.error());
+      }
+    });
+  }
+  return path;
+}
+
+/// Steps the scan's statement and reads its columns, with nothing behind it. Gives a figure of what was read, so
+/// that reading is not optimised away.
+double stepBare(const std::filesystem::path& path, std::int64_t days) {
+  sqlite3* opened = nullptr;
+  sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX, nullptr);
+  const kestrel::SqliteConnection connection(opened);
+  sqlite3_busy_timeout(opened, 2000);
+  sqlite3_stmt* row = nullptr;
+  sqlite3_prepare_v2(opened, MessagesQuery::text, -1, &row, nullptr);
+  const kestrel::SqliteStatement statement(row);
+  sqlite3_bind_double(row, 1, kestrel::secondsSinceReferenceDate(*Calendar::current().addingDays(now, -days)));
+  double sum = 0;
+  int step = SQLITE_OK;
+  while ((step = sqlite3_step(row)) == SQLITE_ROW) {
+    sum += sqlite3_column_double(row, MessagesQuery::date);
+    if (sqlite3_column_type(row, MessagesQuery::textLength) != SQLITE_NULL) {
+      sum += static_cast<double>(sqlite3_column_int64(row, MessagesQuery::textLength));
+    }
+    sum += sqlite3_column_int(row, MessagesQuery::isFromMe);
+    sum += static_cast<double>(sqlite3_column_int64(row, MessagesQuery::conversation));
+  }
+  if (step != SQLITE_DONE) {
+    fail("stepping failed");
+  }
+  return sum;
+}
+
+double scanWhole(const std::filesystem::path& path, std::int64_t days) {
+  const auto summary = kestrel::companion::scanMessages(path, days, now);
+  if (!summary || summary->daily.empty()) {
+    fail("the scan failed");
+  }
+  return static_cast<double>(summary->daily.size());
+}
+
+using Work = double (*)(const std::filesystem::path&, std::int64_t days);
+
+/// Processor time in milliseconds: what else the machine does counts less than in time by the clock.
+double processorMilliseconds(Work work, const std::filesystem::path& path, std::int64_t days) {
+  const auto used = [] {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+  };
+  const double before = used();
+  [[maybe_unused]] static volatile double sink = 0;
+  sink = work(path, days);
+  return used() - before;
+}
+
+double median(std::vector<double> values) {
+  std::ranges::sort(values);
+  const auto middle = values.size() / 2;
+  return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+struct Comparison {
+  double bare;   ///< Median milliseconds of the bare stepping.
+  double whole;  ///< Median milliseconds of the scan.
+  double ratio;  ///< Median of the ratios of the pairs.
+};
+
+/// Each pair runs its two halves one right after the other, every second pair in the other order.
+Comparison compare(const std::filesystem::path& path, std::int64_t days, int pairs) {
+  std::vector<double> bare;
+  std::vector<double> whole;
+  std::vector<double> ratios;
+  for (int pair = 0; pair < pairs; ++pair) {
+    if (pair % 2 == 0) {
+      bare.push_back(processorMilliseconds(stepBare, path, days));
+      whole.push_back(processorMilliseconds(scanWhole, path, days));
+    } else {
+      whole.push_back(processorMilliseconds(scanWhole, path, days));
+      bare.push_back(processorMilliseconds(stepBare, path, days));
+    }
+    ratios.push_back(whole.back() / bare.back());
+  }
+  return {median(bare), median(whole), median(ratios)};
+}
+
+/// The most memory, in KiB, that a process of its own held while it did `work`.
+long peakMemory(Work work, const std::filesystem::path& path, std::int64_t days) {
+  return inProcess([&] { work(path, days); }).ru_maxrss;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count < 2) {
+    fail("usage: messages_scan_benchmark FOLDER [PAIRS]");
+  }
+  const std::filesystem::path folder = arguments[1];
+  const int pairs = count > 2 ? std::atoi(arguments[2]) : 11;  // NOLINT(cert-err34-c): 0 pairs are refused below
+  if (pairs < 1 || !kestrel::installSqliteFileSystem()) {
+    fail("at least one pair is needed, and our file system under SQLite");
+  }
+  constexpr std::int64_t million = 1'000'000;
+
+  fmt::print("| messages | days | bare, peak KiB | scan, peak KiB | difference |\n|--:|--:|--:|--:|--:|\n");
+  for (const std::int64_t messages : {million, 5 * million}) {
+    const auto path = historyOf(folder, messages);
+    const long bare = peakMemory(stepBare, path, 365);
+    const long whole = peakMemory(scanWhole, path, 365);
+    fmt::print("| {} | 365 | {} | {} | {} |\n", messages, bare, whole, whole - bare);
+  }
+
+  fmt::print("\n| zone | days | bare, ms | scan, ms | ratio |\n|---|--:|--:|--:|--:|\n");
+  for (const char* zone : {"UTC", "America/New_York", "Asia/Kolkata"}) {
+    setenv("TZ", zone, 1);
+    for (const std::int64_t days : {30, 90, 365}) {
+      const auto [bare, whole, ratio] = compare(historyOf(folder, million), days, pairs);
+      fmt::print("| {} | {} | {:.0f} | {:.0f} | {:.3f} |\n", zone, days, bare, whole, ratio);
+      std::fflush(stdout);
+    }
+  }
+
+  fmt::print("\n| messages | bare, ms | scan, ms | ratio | scan, µs a message |\n|--:|--:|--:|--:|--:|\n");
+  for (const std::int64_t messages : {million / 100, million / 10, million, 5 * million}) {
+    const auto [bare, whole, ratio] = compare(historyOf(folder, messages), 365, pairs);
+    fmt::print("| {} | {:.1f} | {:.1f} | {:.3f} | {:.3f} |\n", messages, bare, whole, ratio,
+               whole * 1e3 / static_cast<double>(messages));
+    std::fflush(stdout);
+  }
+}

@@ -1,0 +1,70 @@
+#include <KestrelKit/foundation/RawEnumeration.h>
+#include <support/Specimen.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace kestrel {
+namespace {
+
+using testing::Habitat;
+
+static_assert(Habitat::fromRawValue("tidal flat") == Habitat::tidalFlat);
+static_assert(Habitat{Habitat::saltMarsh}.rawValue() == "Salt Marsh");
+static_assert(Habitat::allCases.size() == 3 && Habitat::allCases[2] == Habitat::saltMarsh);
+
+TEST(RawEnumeration, listsAllCasesInDeclarationOrder) {
+  EXPECT_TRUE(std::ranges::equal(
+      Habitat::allCases, std::vector<Habitat>{Habitat::openSea, Habitat::tidalFlat, Habitat::saltMarsh}));
+}
+
+TEST(RawEnumeration, readsBackWhatItPrints) {
+  for (const Habitat habitat : Habitat::allCases) {
+    EXPECT_EQ(Habitat::fromRawValue(habitat.rawValue()), habitat);
+  }
+}
+
+TEST(RawEnumeration, isExactAboutTheRawValue) {
+  for (const std::string_view text : {"", "Open_sea", "openSea", "open_sea ", "open_se", "open_seas"}) {
+    EXPECT_EQ(Habitat::fromRawValue(text), std::nullopt) << text;
+  }
+}
+
+TEST(RawEnumeration, saysWhatWouldHaveBeenRight) {
+  EXPECT_EQ(Habitat::notOneOf("reef"), "\"reef\" is not one of open_sea, tidal flat, Salt Marsh");
+}
+
+TEST(RawEnumeration, quotesAForeignTextInOneShortLine) {
+  EXPECT_EQ(Habitat::notOneOf("a\n\"b\\\x7f"),
+            "\"a\\u000A\\\"b\\\\\\u007F\" is not one of open_sea, tidal flat, Salt Marsh");
+  EXPECT_EQ(Habitat::notOneOf(std::string(80, 'x')),
+            '"' + std::string(80, 'x') + "\" is not one of open_sea, tidal flat, Salt Marsh");
+  EXPECT_EQ(Habitat::notOneOf(std::string(81, 'x')),
+            '"' + std::string(80, 'x') + "…\" is not one of open_sea, tidal flat, Salt Marsh");
+  EXPECT_EQ(Habitat::notOneOf(std::string(79, 'x') + "ää"),
+            '"' + std::string(79, 'x') + "…\" is not one of open_sea, tidal flat, Salt Marsh");
+}
+
+TEST(RawEnumeration, hashesAndSwitches) {
+  const std::unordered_set<Habitat> set(Habitat::allCases.begin(), Habitat::allCases.end());
+  EXPECT_EQ(set.size(), 3U);
+  const auto number = [](Habitat habitat) {
+    switch (habitat) {
+      case Habitat::openSea:
+        return 0;
+      case Habitat::tidalFlat:
+        return 1;
+      case Habitat::saltMarsh:
+        return 2;
+    }
+    return -1;
+  };
+  EXPECT_EQ(number(Habitat::saltMarsh), 2);
+}
+
+}  // namespace
+}  // namespace kestrel
