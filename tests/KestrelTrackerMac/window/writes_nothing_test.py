@@ -136,7 +136,8 @@ def run_on_a_desktop():
                 Path(place) / "scripts/virtual-desktop"
         else:
             script, desktop = Path(__file__), DESKTOP
-        return subprocess.run([*as_other, desktop, "--window-manager", "/usr/bin/python3", "-B", script, "--here"],
+        return subprocess.run([*as_other, desktop, "--window-manager", "/usr/bin/python3", "-B", "-W", "ignore::DeprecationWarning",
+                               script, "--here"],
                               env=environment, cwd="/").returncode
     finally:
         shutil.rmtree(place)
