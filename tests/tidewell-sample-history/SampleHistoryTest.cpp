@@ -244,7 +244,8 @@ TEST(SampleHistory, holdsWithNoMessagesOneAndOnOneDay) {
 
 TEST(SampleHistory, sleepsByTheClockOnTheWall) {
   const TemporaryFolder folder;
-  // Ordinary days, which every history ends on, have next to nothing from two to five, wherever they are lived.
+  // Ordinary days, which every history ends on, have next to nothing from two to five, wherever they are
+  // lived.
   for (const double hours : {-9.5, 0.0, 13.0}) {
     SampleHistory few = history(2'000, 3, 5);
     few.utcOffset = Seconds(hours * 3600);
