@@ -25,9 +25,11 @@ class ScanLeavesNoTrace : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     history = new MessagesFile;
-    const auto written = writeSampleHistory(
-        history->path(),
-        {.messages = messages, .days = 360, .seed = 7, .end = instantSinceReferenceDate(790'000'000), .utcOffset = {}});
+    const auto written = writeSampleHistory(history->path(), {.messages = messages,
+                                                              .days = 360,
+                                                              .seed = 7,
+                                                              .end = instantSinceReferenceDate(790'000'000),
+                                                              .utcOffset = {}});
     ASSERT_TRUE(written) << written.error();
   }
   static void TearDownTestSuite() {
@@ -40,22 +42,25 @@ class ScanLeavesNoTrace : public testing::Test {
   static std::vector<std::string> tracesOfAScan() {
     const auto log = history->path("-strace");
     const auto counted = history->path("-counted");
-    const std::string command = "ASAN_OPTIONS=detect_leaks=0 strace -f -qq -e signal=none -e trace=%file,%network -o '" +
-                                log.string() + "' '" SCAN_ONCE "' '" + history->path().string() + "' 365 > '" +
-                                counted.string() + "'";
+    const std::string command =
+        "ASAN_OPTIONS=detect_leaks=0 strace -f -qq -e signal=none -e trace=%file,%network -o '" +
+        log.string() + "' '" SCAN_ONCE "' '" + history->path().string() + "' 365 > '" + counted.string() +
+        "'";
     EXPECT_EQ(std::system(command.c_str()), 0) << command;
     EXPECT_EQ(MessagesFile::bytes(counted), std::to_string(messages) + "\n");
 
     const std::regex harmless(
         R"(^\d+ +(execve|access|faccessat2?|stat|lstat|newfstatat|statx|statfs|readlink|readlinkat|getcwd)\(.*)");
-    const std::regex readsOnly(R"(^\d+ +openat\(\w+, "[^"]*", O_RDONLY(\|O_(CLOEXEC|NOFOLLOW|DIRECTORY|NONBLOCK|LARGEFILE))*\) .*)");
+    const std::regex readsOnly(
+        R"(^\d+ +openat\(\w+, "[^"]*", O_RDONLY(\|O_(CLOEXEC|NOFOLLOW|DIRECTORY|NONBLOCK|LARGEFILE))*\) .*)");
     const std::regex ended(R"(^\d+ +(\+\+\+|---) .*)");
     std::vector<std::string> traces;
     bool sawDatabase = false;
     std::ifstream stream(log);
     for (std::string line; std::getline(stream, line);) {
       sawDatabase = sawDatabase || line.find("chat.db\"") != std::string::npos;
-      if (!std::regex_match(line, harmless) && !std::regex_match(line, readsOnly) && !std::regex_match(line, ended)) {
+      if (!std::regex_match(line, harmless) && !std::regex_match(line, readsOnly) &&
+          !std::regex_match(line, ended)) {
         traces.push_back(line);
       }
     }
