@@ -25,10 +25,4 @@ CLI::Option* addValueOption(CLI::App& app, const std::string& name, std::optiona
       description);
 }
 
-/// Adds a flag, which takes no value (`--json=false` is wrong use).
-inline CLI::Option* addFlag(CLI::App& app, const std::string& name, bool& given,
-                            const std::string& description) {
-  return app.add_flag(name, given, description)->disable_flag_override();
-}
-
 }  // namespace kestrel
