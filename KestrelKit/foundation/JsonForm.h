@@ -9,7 +9,6 @@
 
 #include <concepts>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -145,15 +144,12 @@ template <class T>
 struct JsonForm<std::vector<T>> {
   static std::optional<std::vector<T>> read(JsonReader& value) {
     std::vector<T> list;
-    bool whole = true;
-    const bool isList = value.forEachElement([&](JsonReader& element) {
+    const bool isWhole = value.forEachElement([&](JsonReader& element) {
       if (auto read = JsonForm<T>::read(element)) {
         list.push_back(std::move(*read));
-      } else {
-        whole = false;
       }
     });
-    if (!isList || !whole) {
+    if (!isWhole) {
       return std::nullopt;
     }
     return list;
@@ -173,24 +169,14 @@ struct JsonForm<std::vector<T>> {
 template <class T>
 struct JsonForm<std::map<std::string, T>> {
   static std::optional<std::map<std::string, T>> read(JsonReader& value) {
-    std::map<std::string, std::optional<T>, std::less<>>
-        read;  // absent where the last value of a key was wrong
-    const bool isObject = value.forEachMember([&](std::string_view key, JsonReader& member) {
-      const auto [place, isNew] = read.try_emplace(std::string{key});
-      if (!isNew) {
-        value.forget(key);
-      }
-      place->second = JsonForm<T>::read(member);
-    });
-    if (!isObject) {
-      return std::nullopt;
-    }
     std::map<std::string, T> map;
-    for (auto& [key, element] : read) {
-      if (!element) {
-        return std::nullopt;
+    const bool isWhole = value.forEachMember([&](std::string_view key, JsonReader& member) {
+      if (auto read = JsonForm<T>::read(member)) {
+        map.insert_or_assign(std::string{key}, std::move(*read));
       }
-      map.emplace_hint(map.end(), key, std::move(*element));
+    });
+    if (!isWhole) {
+      return std::nullopt;
     }
     return map;
   }

@@ -47,12 +47,9 @@ consteval JsonField field(std::string_view key) {
       .key = key,
       .read =
           [](JsonReader& value, void* record) {
-            auto read = Form::read(value);
-            if (!read) {
-              return false;
+            if (auto read = Form::read(value)) {
+              static_cast<Owner*>(record)->*member = *std::move(read);
             }
-            static_cast<Owner*>(record)->*member = *std::move(read);
-            return true;
           },
       .write =
           [](JsonWriter& writer, std::string_view name, const void* record) {
