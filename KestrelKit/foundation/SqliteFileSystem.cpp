@@ -8,7 +8,8 @@
 namespace kestrel {
 namespace {
 
-/// The platform's file system, and SQLite's own one in memory. Set once, before the file system below is registered.
+/// The platform's file system, and SQLite's own one in memory. Set once, before the file system below is
+/// registered.
 sqlite3_vfs* platform = nullptr;
 sqlite3_vfs* memory = nullptr;
 
@@ -39,7 +40,8 @@ int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int
   return result;
 }
 
-// Each function of a file system is told which one it belongs to, so the platform's are called with the platform's.
+// Each function of a file system is told which one it belongs to, so the platform's are called with the
+// platform's.
 sqlite3_vfs ourFileSystem() {
   return {
       .iVersion = 2,
@@ -49,16 +51,19 @@ sqlite3_vfs ourFileSystem() {
       .zName = "kestrel",
       .pAppData = nullptr,
       .xOpen = open,
-      .xDelete = [](sqlite3_vfs*, const char* name, int sync) { return platform->xDelete(platform, name, sync); },
+      .xDelete = [](sqlite3_vfs*, const char* name,
+                    int sync) { return platform->xDelete(platform, name, sync); },
       .xAccess = [](sqlite3_vfs*, const char* name, int flags,
                     int* result) { return platform->xAccess(platform, name, flags, result); },
       .xFullPathname = [](sqlite3_vfs*, const char* name, int size,
                           char* result) { return platform->xFullPathname(platform, name, size, result); },
       .xDlOpen = [](sqlite3_vfs*, const char* name) { return platform->xDlOpen(platform, name); },
       .xDlError = [](sqlite3_vfs*, int size, char* message) { platform->xDlError(platform, size, message); },
-      .xDlSym = [](sqlite3_vfs*, void* library, const char* name) { return platform->xDlSym(platform, library, name); },
+      .xDlSym = [](sqlite3_vfs*, void* library,
+                   const char* name) { return platform->xDlSym(platform, library, name); },
       .xDlClose = [](sqlite3_vfs*, void* library) { platform->xDlClose(platform, library); },
-      .xRandomness = [](sqlite3_vfs*, int size, char* bytes) { return platform->xRandomness(platform, size, bytes); },
+      .xRandomness = [](sqlite3_vfs*, int size,
+                        char* bytes) { return platform->xRandomness(platform, size, bytes); },
       .xSleep = [](sqlite3_vfs*, int microseconds) { return platform->xSleep(platform, microseconds); },
       .xCurrentTime = [](sqlite3_vfs*, double* day) { return platform->xCurrentTime(platform, day); },
       .xGetLastError = [](sqlite3_vfs*, int size,
