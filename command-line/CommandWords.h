@@ -9,8 +9,8 @@
 
 namespace kestrel {
 
-/// The words of a command line, judged against an app's options before a value is read from any of them. What is
-/// wrong is said here, in one voice; CLI11 then parses what is right.
+/// The words of a command line, judged against an app's options before a value is read from any of them. What
+/// is wrong is said here, in one voice; CLI11 then parses what is right.
 class CommandWords {
  public:
   /// `words` without the program's name. `app` must outlive this.

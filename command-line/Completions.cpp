@@ -67,7 +67,8 @@ std::string bashCompletion(const std::string& name, const CLI::App& app) {
   script += "  COMPREPLY=()\n";
   script += "  case $before in\n";
   const auto afterOne = [](const std::vector<std::string>& options, std::string_view action) {
-    return options.empty() ? std::string() : fmt::format("    {}) {} ;;\n", fmt::join(options, " | "), action);
+    return options.empty() ? std::string()
+                           : fmt::format("    {}) {} ;;\n", fmt::join(options, " | "), action);
   };
   script += afterOne(withPath, files + "; return");
   script += afterOne(withOtherValue, "return");

@@ -45,9 +45,9 @@ std::string upperCase(std::string text) {
 std::string manPage(const ProgramDescription& description, const CLI::App& app, std::string_view version) {
   const auto arguments = argumentsOf(app);
   // No hyphenation: a hyphen at the end of a line would look like a part of the name that is broken there.
-  std::string page = fmt::format(".TH {} 1 \"\" \"Tidewell {}\" \"User Commands\"\n.nh\n.SH NAME\n{} \\- {}\n",
-                                 literal(upperCase(description.name)), version, literal(description.name),
-                                 literal(description.purpose));
+  std::string page = fmt::format(
+      ".TH {} 1 \"\" \"Tidewell {}\" \"User Commands\"\n.nh\n.SH NAME\n{} \\- {}\n",
+      literal(upperCase(description.name)), version, literal(description.name), literal(description.purpose));
   page += fmt::format(".SH SYNOPSIS\n.B {}\n", literal(description.name));
   for (const std::string& call : usageOf(arguments)) {
     page += literal(call) + '\n';
@@ -61,7 +61,8 @@ std::string manPage(const ProgramDescription& description, const CLI::App& app, 
     std::string entries;
     for (const Argument& argument : arguments) {
       if (argument.positional == positional) {
-        entries += fmt::format(".TP\n.B {}\n{}\n", literal(argument.synopsis()), literal(argument.description));
+        entries +=
+            fmt::format(".TP\n.B {}\n{}\n", literal(argument.synopsis()), literal(argument.description));
       }
     }
     return entries.empty() ? entries : fmt::format(".SH {}\n{}", heading, entries);

@@ -27,7 +27,8 @@ namespace {
 
 constexpr std::string_view version = TIDEWELL_VERSION;
 
-/// Before the lines of a programming error, which can happen on any thread. Set once, before there is a second one.
+/// Before the lines of a programming error, which can happen on any thread. Set once, before there is a
+/// second one.
 std::string nameOfThisProcess;
 
 std::optional<std::string> generated(std::string_view kind, const ProgramDescription& description,
@@ -62,7 +63,7 @@ void Program::addTimeZoneOption() {
               throw CLI::ValidationError("--timezone",
                                          kestrel::quoted(name) + " is not the name of a time zone");
             }
-            setenv("TZ", name.c_str(), 1);
+            setenv("TZ", name.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): there is one thread yet
             tzset();
           },
           "The time zone that days and hours are counted in, by its IANA name, such as Europe/Zurich.")

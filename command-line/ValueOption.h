@@ -1,7 +1,7 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <KestrelKit/foundation/QuotedText.h>
+#include <CLI/CLI.hpp>
 
 #include <optional>
 #include <string>

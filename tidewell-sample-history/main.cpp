@@ -12,7 +12,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 using namespace kestrel;
 
@@ -34,9 +33,11 @@ int main(int argc, char** argv) {
       .name = "tidewell-sample-history",
       .purpose = "write an invented Messages database",
       .details =
-          "Writes a Messages database of invented people and messages, for trying Tidewell without a history of "
+          "Writes a Messages database of invented people and messages, for trying Tidewell without a history "
+          "of "
           "one's own, for tests and for measuring. The history ends now. The numbers of messages and days, "
-          "the seed, and the weekday and local time of its end decide everything else in it; local time is that "
+          "the seed, and the weekday and local time of its end decide everything else in it; local time is "
+          "that "
           "of the zone in TZ, else the system's.\n"
           "\n"
           "A file that exists is left as it is, and the program ends with status 3.",

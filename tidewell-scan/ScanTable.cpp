@@ -42,13 +42,13 @@ class Numbers {
  private:
   using Format = icu::number::LocalizedNumberFormatter;
 
-  /// The way of `locale`, the plain one where that is none or one that ICU does not know (`@numbers=bogus`): it
-  /// says so when it formats.
+  /// The way of `locale`, the plain one where that is none or one that ICU does not know (`@numbers=bogus`):
+  /// it says so when it formats.
   static Format formatOf(std::string_view locale) {
     const auto language = locale.substr(0, locale.find('.'));
     if (!language.empty() && language != "C" && language != "POSIX") {
-      const auto format = icu::number::NumberFormatter::withLocale(
-          icu::Locale::createCanonical(std::string(locale).c_str()));
+      const auto format =
+          icu::number::NumberFormatter::withLocale(icu::Locale::createCanonical(std::string(locale).c_str()));
       UErrorCode status = U_ZERO_ERROR;
       format.formatInt(0, status);
       if (U_SUCCESS(status)) {

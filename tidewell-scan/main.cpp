@@ -66,14 +66,15 @@ int main(int argc, char** argv) {
   Program program({
       .name = "tidewell-scan",
       .purpose = "count the activity of each day in the Messages database",
-      .details = "Reads the Messages database once and prints, for each day with a message: messages sent and "
-                 "received, active conversations, messages between midnight and five, and the average length of "
-                 "a text. It reads no more of a text than its length, writes no file and opens no network "
-                 "connection.\n"
-                 "\n"
-                 "Days are those of the user's calendar, which is that of the locale in LC_ALL, LC_TIME or LANG, "
-                 "in the time zone of the run. The digits of the table follow the locale in LC_ALL, LC_NUMERIC "
-                 "or LANG.",
+      .details =
+          "Reads the Messages database once and prints, for each day with a message: messages sent and "
+          "received, active conversations, messages between midnight and five, and the average length of "
+          "a text. It reads no more of a text than its length, writes no file and opens no network "
+          "connection.\n"
+          "\n"
+          "Days are those of the user's calendar, which is that of the locale in LC_ALL, LC_TIME or LANG, "
+          "in the time zone of the run. The digits of the table follow the locale in LC_ALL, LC_NUMERIC "
+          "or LANG.",
       .refusal = "The database could not be scanned, or the number of days is not one from 1 to 365.",
       .fileFailure = "Standard output could not be written.",
       .example = "tidewell-scan --days 30 --json --pretty",
@@ -96,16 +97,17 @@ int main(int argc, char** argv) {
                      "or 2024-05-01T10:30:00+02:00.")
           ->type_name("T")
           ->default_str("now");
-  arguments
-      .add_option("--database", database, "The Messages database to read.")
+  arguments.add_option("--database", database, "The Messages database to read.")
       ->type_name("PATH")
       ->default_str("Library/Messages/chat.db in the home folder");
   program.addTimeZoneOption();
   auto* jsonOption = arguments.add_flag("--json", json, "Print one line of JSON instead of a table.");
   arguments.add_flag("--pretty", pretty, "With --json: indent it by two spaces.")->needs(jsonOption);
-  arguments.add_flag("--check-access", checkAccess,
-          "Only print whether the database can be opened: ready, needsFullDiskAccess or unavailable. Does not go "
-          "with --days, --now or --json.")
+  arguments
+      .add_flag("--check-access", checkAccess,
+                "Only print whether the database can be opened: ready, needsFullDiskAccess or unavailable. "
+                "Does not go "
+                "with --days, --now or --json.")
       ->excludes(daysOption, nowOption, jsonOption);
 
   return program.run(argc, argv, [&]() -> std::expected<std::string, Failure> {

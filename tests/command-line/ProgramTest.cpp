@@ -131,8 +131,10 @@ TEST(Program, saysWhichOptionsNeedOrExcludeEachOther) {
   };
   EXPECT_EQ(said({"--loud"}), "sample: FILE is required (see sample --help)\n");
   EXPECT_EQ(said({"a", "b"}), "sample: \"b\" is not expected (see sample --help)\n");
-  EXPECT_EQ(said({"--loud", "a", "--quiet"}), "sample: --loud does not go with --quiet (see sample --help)\n");
-  EXPECT_EQ(said({"--quiet", "--loud", "a"}), "sample: --quiet does not go with --loud (see sample --help)\n");
+  EXPECT_EQ(said({"--loud", "a", "--quiet"}),
+            "sample: --loud does not go with --quiet (see sample --help)\n");
+  EXPECT_EQ(said({"--quiet", "--loud", "a"}),
+            "sample: --quiet does not go with --loud (see sample --help)\n");
   EXPECT_EQ(said({"--louder", "a"}), "sample: --louder needs --loud (see sample --help)\n");
   EXPECT_EQ(said({"--lout"}), "sample: \"--lout\" is not expected (see sample --help)\n");
   EXPECT_EQ(said({"--", "--loud"}), "");

@@ -85,8 +85,12 @@ TEST_F(ScanTable, writesNumbersPlainlyWhereTheLocaleIsNoOnes) {
 
 TEST_F(ScanTable, roundsAHalfToTheEvenNeighbour) {
   // As written in decimals: 41.25 and 0.35 both lie in the middle, whatever the nearest 64-bit float lies at.
-  for (const auto& [length, text] : {std::pair{41.25, "41.2"}, {41.35, "41.4"}, {0.35, "0.4"}, {0.45, "0.4"},
-                                     {std::nextafter(41.25, 42.0), "41.3"}, {2.0, "2.0"}}) {
+  for (const auto& [length, text] : {std::pair{41.25, "41.2"},
+                                     {41.35, "41.4"},
+                                     {0.35, "0.4"},
+                                     {0.45, "0.4"},
+                                     {std::nextafter(41.25, 42.0), "41.3"},
+                                     {2.0, "2.0"}}) {
     summary.daily[0].averageMessageLength = length;
     EXPECT_NE(scanTable(summary, "C").find(' ' + std::string(text) + '\n'), std::string::npos) << length;
   }
