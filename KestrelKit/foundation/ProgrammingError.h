@@ -14,7 +14,7 @@ namespace kestrel {
 /// What happens after the line is written. It must end the process; if it returns, the process aborts.
 using ProgrammingErrorEnding = void (*)();
 
-/// Chooses the ending for the whole process. A program calls it once at its start, before it starts a thread.
+/// Chooses the ending for the whole process; none, a null pointer, is to abort. A program calls it once at its start, before it starts a thread.
 void setProgrammingErrorEnding(ProgrammingErrorEnding ending) noexcept;
 
 }  // namespace kestrel
