@@ -20,19 +20,6 @@ using std::chrono::days;
 using std::chrono::floor;
 using std::chrono::hours;
 using std::chrono::local_days;
-using std::chrono::local_seconds;
-using std::chrono::seconds;
-
-/// Instants further away than this, about ten million years, are in no calendar.
-constexpr double furthest = 3e14;
-
-/// What the clocks show at `instant`, to the second, at `offset` from UTC.
-local_seconds clockTime(Instant instant, seconds offset) {
-  const double since = std::floor(secondsSinceReferenceDate(instant));
-  return local_seconds(ReferenceClock::referenceDateSince1970 + seconds(static_cast<std::int64_t>(since)) + offset);
-}
-
-bool isWithinReach(Instant instant) { return std::abs(secondsSinceReferenceDate(instant)) <= furthest; }
 
 /// The locale that the environment chooses for times, as the C library chooses it.
 std::string_view timeLocale() {
@@ -119,18 +106,18 @@ std::optional<Calendar::Components> Calendar::components(Instant instant) const 
 }
 
 std::optional<Calendar::Hour> Calendar::hourAround(Instant instant) const {
-  if (!isWithinReach(instant)) {
+  const auto time = zone_.clockTime(instant);
+  if (!time) {
     return std::nullopt;
   }
-  const auto stretch = zone_.stretchAt(instant);
-  const auto time = clockTime(instant, stretch.offset);
-  const auto day = floor<days>(time);
-  const auto hour = floor<hours>(time);
+  const auto day = floor<days>(*time);
+  const auto hour = floor<hours>(*time);
   auto components = days_->midnightOf(day);
   if (!components) {
     return std::nullopt;
   }
   components->hour = static_cast<int>((hour - day).count());
+  const auto stretch = zone_.stretchAt(instant);
   const Instant begin(hour.time_since_epoch() - stretch.offset - ReferenceClock::referenceDateSince1970);
   return Hour{.components = *components,
               .begin = std::max(begin, stretch.begin),
@@ -138,7 +125,8 @@ std::optional<Calendar::Hour> Calendar::hourAround(Instant instant) const {
 }
 
 std::optional<Instant> Calendar::addingDays(Instant instant, std::int64_t count) const {
-  if (!components(instant) || std::abs(static_cast<double>(count)) > furthest / 86'400) {
+  constexpr std::int64_t most = 10'000'000'000;  // more days than any calendar holds, and no sum of them overflows
+  if (!components(instant) || count < -most || count > most) {
     return std::nullopt;
   }
   if (count == 0) {
@@ -146,8 +134,7 @@ std::optional<Instant> Calendar::addingDays(Instant instant, std::int64_t count)
   }
   const double since = secondsSinceReferenceDate(instant);
   const Seconds fraction(since - std::floor(since));
-  const auto time = clockTime(instant, zone_.stretchAt(instant).offset);
-  const Instant moved = zone_.instantOf(time + days(count)) + fraction;
+  const Instant moved = zone_.instantOf(*zone_.clockTime(instant) + days(count)) + fraction;
   return components(moved) ? std::optional(moved) : std::nullopt;
 }
 

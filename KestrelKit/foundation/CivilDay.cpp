@@ -10,8 +10,13 @@
 namespace kestrel {
 namespace {
 
-constexpr std::chrono::year firstYear{1};
-constexpr std::chrono::year lastYear{9999};
+using std::chrono::January;
+using std::chrono::local_days;
+using std::chrono::year;
+
+// The years 0001 to 9999.
+constexpr local_days begin{year{1} / January / 1};
+constexpr local_days end{year{10000} / January / 1};
 
 unsigned numberAt(std::string_view text, std::size_t place, std::size_t digits) noexcept {
   unsigned number = 0;
@@ -28,18 +33,19 @@ std::optional<std::chrono::year_month_day> civilDayFromText(std::string_view tex
   const std::chrono::year_month_day day{std::chrono::year{static_cast<int>(numberAt(text, 0, 4))},
                                         std::chrono::month{numberAt(text, 5, 2)},
                                         std::chrono::day{numberAt(text, 8, 2)}};
-  if (!day.ok() || day.year() < firstYear) {
+  if (!day.ok() || local_days{day} < begin) {
     return std::nullopt;
   }
   return day;
 }
 
-std::optional<std::string> civilDayText(std::chrono::year_month_day day) {
-  if (day.year() < firstYear || day.year() > lastYear) {
+std::optional<std::string> civilDayText(local_days day) {
+  if (day < begin || day >= end) {
     return std::nullopt;
   }
-  return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
-                     static_cast<unsigned>(day.day()));
+  const std::chrono::year_month_day date{day};
+  return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                     static_cast<unsigned>(date.day()));
 }
 
 }  // namespace kestrel

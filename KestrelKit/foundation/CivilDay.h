@@ -11,7 +11,7 @@ namespace kestrel {
 /// 9999. Absent for anything else.
 std::optional<std::chrono::year_month_day> civilDayFromText(std::string_view text) noexcept;
 
-/// `day`, which must exist, as `yyyy-MM-dd`. Absent outside the years 0001 to 9999.
-std::optional<std::string> civilDayText(std::chrono::year_month_day day);
+/// `day` as `yyyy-MM-dd`. Absent outside the years 0001 to 9999.
+std::optional<std::string> civilDayText(std::chrono::local_days day);
 
 }  // namespace kestrel

@@ -66,7 +66,7 @@ std::optional<std::string> iso8601Text(Instant instant) {
   }
   const sys_seconds time{seconds{static_cast<seconds::rep>(since1970)}};
   const auto midnight = floor<days>(time);
-  const auto day = civilDayText(midnight);
+  const auto day = civilDayText(local_days{midnight.time_since_epoch()});
   if (!day) {
     return std::nullopt;
   }

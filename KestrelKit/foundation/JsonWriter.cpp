@@ -10,6 +10,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <optional>
 #include <ranges>
 #include <utility>
@@ -23,6 +24,9 @@ using Writer = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rap
 
 // Long enough for 17 digits with sign, point, leading zeros of 1e-6 and an exponent.
 using NumberText = std::array<char, 32>;
+
+// The longest text that the library takes.
+constexpr std::size_t longest = std::numeric_limits<rapidjson::SizeType>::max();
 
 std::string_view numberText(double value, NumberText& text) noexcept {
   if (value == 0) {
@@ -150,6 +154,10 @@ void JsonWriter::number(double value) {
 }
 
 void JsonWriter::text(std::string_view value) {
+  if (value.size() > longest) {
+    refuse("is text of 4 GiB or more");
+    return;
+  }
   if (!document_->writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()))) {
     document_->note("is not valid UTF-8");
   }
@@ -162,11 +170,18 @@ void JsonWriter::openObject() {
 }
 
 void JsonWriter::key(std::string_view key) {
-  if (!document_->writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()))) {
+  const auto refuseKey = [&](const char* why) {
     const auto object = document_->levels.back();  // the path is that of the object
     document_->levels.pop_back();
-    document_->note("has a key that is not valid UTF-8");
+    document_->note(why);
     document_->levels.push_back(object);
+  };
+  if (key.size() > longest) {
+    refuseKey("has a key of 4 GiB or more");
+    key = {};
+  }
+  if (!document_->writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()))) {
+    refuseKey("has a key that is not valid UTF-8");
   }
   document_->levels.back().key = key;
 }

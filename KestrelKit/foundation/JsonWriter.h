@@ -32,7 +32,7 @@ class JsonWriter {
   /// The fewest digits that read back to the same value: plain for 1e-6 ≤ |x| < 1e15, else with an exponent.
   void number(double value);
 
-  /// `/` and what lies outside ASCII stand plainly.
+  /// `/` and what lies outside ASCII stand plainly. Text of 4 GiB or more has no JSON form.
   void text(std::string_view value);
 
   void openObject();

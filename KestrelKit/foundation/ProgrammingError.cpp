@@ -21,6 +21,8 @@ void programmingError(std::string_view violation) noexcept {
   std::abort();
 }
 
-void setProgrammingErrorEnding(ProgrammingErrorEnding ending) noexcept { chosenEnding.store(ending); }
+void setProgrammingErrorEnding(ProgrammingErrorEnding ending) noexcept {
+  chosenEnding.store(ending != nullptr ? ending : &std::abort);
+}
 
 }  // namespace kestrel

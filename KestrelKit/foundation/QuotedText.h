@@ -5,12 +5,12 @@
 
 namespace kestrel {
 
-/// `text` in double quotes for a message of one line: control characters, quotes and backslashes escaped as
-/// in JSON, and what exceeds 80 bytes replaced by an ellipsis, so that a foreign text cannot break or flood
-/// the message.
+/// `text` in double quotes for a message of one line: control characters, the line and paragraph separators,
+/// quotes and backslashes escaped as in JSON, and what exceeds 80 bytes replaced by an ellipsis, so that a
+/// foreign text cannot break or flood the message.
 std::string quoted(std::string_view text);
 
-/// `text` without the quotes, shortened and escaped likewise; for literals that carry none.
+/// `text` without the quotes, shortened and escaped likewise; for numbers and for the keys of a path.
 std::string shortened(std::string_view text);
 
 }  // namespace kestrel

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <KestrelKit/foundation/ProgrammingError.h>
+
 #include <array>
 #include <concepts>
 #include <cstddef>
@@ -79,10 +81,16 @@ class RawEnumeration {
     return std::nullopt;
   }
 
+  /// The text of this case. One that the table does not list, which can only be a last one, is a programming
+  /// error.
   constexpr std::string_view rawValue() const noexcept {
-    static_assert(listsCasesInOrder(), "rawValues must list every case once, in declaration order");
+    static_assert(listsCasesInOrder(), "rawValues must list the cases from the first, in declaration order");
     const typename Self::Case value = static_cast<const Self&>(*this);
-    return Self::rawValues[static_cast<std::size_t>(value)].text;
+    const auto place = static_cast<std::size_t>(value);
+    if (place >= std::size(Self::rawValues)) {
+      programmingError("a case of an enumeration has no raw value");
+    }
+    return Self::rawValues[place].text;
   }
 
   /// What a text that is no raw value is refused with.

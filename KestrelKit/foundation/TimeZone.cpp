@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "TextForm.h"
 #include "TimeZoneRules.h"
 
 namespace kestrel {
@@ -20,6 +21,7 @@ using namespace std::chrono;
 
 constexpr std::int64_t hourSeconds = 3'600;
 constexpr std::int64_t daySeconds = 24 * hourSeconds;
+constexpr double exact = 0x1p53;  // beyond, a float no longer tells two seconds apart
 constexpr auto always = std::numeric_limits<std::int64_t>::max();
 constexpr auto never = std::numeric_limits<std::int64_t>::min();
 
@@ -155,10 +157,11 @@ TimeZone TimeZone::utc() {
 std::optional<TimeZone> TimeZone::named(std::string_view name) {
   // What else lies in the folder of zones: the machine's own choice, and the whole set once more, twice.
   const auto isPart = [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '-' ||
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || isDigit(c) || c == '_' || c == '-' ||
            c == '+' || c == '/';
   };
-  if (name.starts_with('/') || !std::ranges::all_of(name, isPart) || name == "localtime" || name == "posixrules" ||
+  const bool hasEmptyPart = ('/' + std::string(name) + '/').find("//") != std::string::npos;
+  if (hasEmptyPart || !std::ranges::all_of(name, isPart) || name == "localtime" || name == "posixrules" ||
       name.starts_with("posix/") || name.starts_with("right/")) {
     return std::nullopt;
   }
@@ -167,11 +170,20 @@ std::optional<TimeZone> TimeZone::named(std::string_view name) {
 }
 
 TimeZone::Stretch TimeZone::stretchAt(Instant instant) const {
-  constexpr double exact = 0x1p53;  // beyond, a float no longer tells two seconds apart
   const double time = std::clamp(std::floor(secondsSinceReferenceDate(instant)), -exact, exact);
   const auto [begin, end, offset] =
       stretchOf(*rules_, static_cast<std::int64_t>(time) + ReferenceClock::referenceDateSince1970.count());
   return {toInstant(begin), toInstant(end), seconds(offset)};
+}
+
+std::optional<local_seconds> TimeZone::clockTime(Instant instant) const {
+  const double since = secondsSinceReferenceDate(instant);
+  // Written so that a value that is not a number fails, too.
+  if (!(std::abs(since) <= exact)) {
+    return std::nullopt;
+  }
+  const seconds whole(static_cast<std::int64_t>(std::floor(since)));
+  return local_seconds(ReferenceClock::referenceDateSince1970 + whole + stretchAt(instant).offset);
 }
 
 Instant TimeZone::instantOf(local_seconds time) const {

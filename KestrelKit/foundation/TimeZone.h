@@ -20,13 +20,15 @@ class TimeZone {
   /// The zone of the environment variable `TZ` as the C library reads it, else the system's (`/etc/localtime`).
   ///
   /// `TZ` may name a zone (`Europe/Berlin`, `:Europe/Berlin`), a zone file by its absolute path, or spell out a rule
-  /// in the form of POSIX (`CET-1CEST,M3.5.0,M10.5.0/3`). Empty text, and whatever is none of these, is UTC.
+  /// in the form of POSIX (`CET-1CEST,M3.5.0,M10.5.0/3`). Empty text, and whatever is none of these, is UTC;
+  /// so is a zone file that counts leap seconds (`right/Europe/Berlin`), which instants do not.
   static TimeZone current();
 
   /// The zone without an offset.
   static TimeZone utc();
 
-  /// The zone of that IANA name (`America/New_York`, `UTC`); nothing for any other text.
+  /// The zone of that IANA name (`America/New_York`, `UTC`); nothing for any other text. `Factory`, the IANA's name
+  /// for a machine that was not told its zone, is one of them: its clocks show UTC.
   static std::optional<TimeZone> named(std::string_view name);
 
   /// A span of time in which the clocks run without being set.
@@ -38,6 +40,10 @@ class TimeZone {
 
   /// The stretch that `instant`, which must be finite, lies in.
   Stretch stretchAt(Instant instant) const;
+
+  /// What the clocks show at `instant`, its fraction of a second left out. Nothing when it is not finite or lies
+  /// more than 2^53 seconds, some 285 million years, from the reference date: there a float tells no seconds apart.
+  std::optional<std::chrono::local_seconds> clockTime(Instant instant) const;
 
   /// When the clocks show `time`. Of two such instants the earlier counts; a time that the clocks skip is read with
   /// the offset in force before the gap.

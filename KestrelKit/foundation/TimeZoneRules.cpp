@@ -152,7 +152,7 @@ std::optional<ZoneHeader> takeHeader(ZoneBytes& bytes) {
                                &header.kinds, &header.letters}) {
     *count = bytes.takeInteger<std::uint32_t>();
   }
-  return bytes.complete() && header.kinds > 0 ? std::optional(header) : std::nullopt;
+  return bytes.complete() && header.kinds > 0 && header.leapSeconds == 0 ? std::optional(header) : std::nullopt;
 }
 
 template <typename Time>

@@ -50,7 +50,8 @@ struct TimeZone::Rules {
 /// is not of that form.
 std::optional<YearlyRule> parseYearlyRule(std::string_view text);
 
-/// Reads a zone file (RFC 8536); nothing when `file` is not one.
+/// Reads a zone file (RFC 8536); nothing when `file` is not one, or is one that counts leap seconds: its settings lie
+/// at other instants than those of a clock that counts none.
 std::optional<TimeZone::Rules> readZoneFile(const std::filesystem::path& file);
 
 }  // namespace kestrel

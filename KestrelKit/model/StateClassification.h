@@ -18,7 +18,7 @@ struct StateClassification {
   std::vector<std::string> reasons{};  ///< English sentences, the deciding one first; may be empty.
   ClassificationSource source = ClassificationSource::algorithmic;
   std::optional<bool> isConfirmed{};             ///< Whether the user confirmed it; absent: was not asked.
-  std::optional<double> selfReportConfidence{};  ///< 0 to 1; absent without a self-report.
+  std::optional<double> selfReportConfidence{};  ///< 0 to 100, percent as reported; absent without a self-report by hand.
   std::optional<std::string> selfReportNotes{};
   std::optional<bool> isValidated{};  ///< Absent is not false.
 

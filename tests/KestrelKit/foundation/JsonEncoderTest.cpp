@@ -1,18 +1,22 @@
 #include <KestrelKit/foundation/JsonDecoder.h>
 #include <KestrelKit/foundation/JsonEncoder.h>
 #include <KestrelKit/foundation/JsonForm.h>
+#include <KestrelKit/foundation/JsonWriter.h>
 #include <support/Specimen.h>
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
+#include <sys/mman.h>
 
 #include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrel {
@@ -100,6 +104,52 @@ TEST(JsonEncoder, namesTheFieldThatHasNoJsonForm) {
             "a: has a key that is not valid UTF-8");
   EXPECT_EQ(json(Ring{.date = "d", .number = 1, .inner = {Ring{.date = "\xED\xA0\x80"}}}),
             "inner[0].date: is not valid UTF-8");
+}
+
+// 4 GiB of text that only takes addresses: it must not be read.
+class EndlessText : public ::testing::Test {
+ protected:
+  static constexpr std::size_t size = std::size_t{1} << 32U;
+
+  EndlessText()
+      : memory_(mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0)) {}
+  ~EndlessText() override { munmap(memory_, size); }
+
+  std::string_view text() const {
+    EXPECT_NE(memory_, MAP_FAILED);
+    return {static_cast<const char*>(memory_), size};
+  }
+
+ private:
+  void* memory_;
+};
+
+TEST_F(EndlessText, isRefusedAndNotCut) {
+  JsonWriter writer{DateStrategy::iso8601};
+  writer.openList();
+  writer.text("short");
+  writer.text(text());
+  writer.closeList();
+  EXPECT_EQ(writer.finish(JsonLayout::compact).error().text(), "[1]: is text of 4 GiB or more");
+}
+
+TEST_F(EndlessText, isRefusedAsAKey) {
+  JsonWriter writer{DateStrategy::iso8601};
+  writer.openList();
+  writer.openObject();
+  writer.key(text());
+  writer.null();
+  writer.closeObject();
+  writer.closeList();
+  EXPECT_EQ(writer.finish(JsonLayout::compact).error().text(), "[0]: has a key of 4 GiB or more");
+}
+
+TEST(JsonEncoder, shortensTheKeysOfAPath) {
+  const auto error = [](const std::string& key) {
+    return json(std::map<std::string, std::vector<double>>{{key, {std::nan("")}}});
+  };
+  EXPECT_EQ(error(std::string(80, 'a')), std::string(80, 'a') + "[0]: is not a finite number");
+  EXPECT_EQ(error(std::string(81, 'a')), std::string(80, 'a') + "…[0]: is not a finite number");
 }
 
 TEST(JsonEncoder, writesInstantsByItsDateStrategy) {

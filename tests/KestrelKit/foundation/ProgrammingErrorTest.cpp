@@ -28,6 +28,16 @@ TEST(ProgrammingErrorDeathTest, endsAsTheProcessChose) {
       testing::ExitedWithCode(4), "^broken: a count below 1\n$");
 }
 
+TEST(ProgrammingErrorDeathTest, abortsWhenNoEndingIsChosen) {
+  EXPECT_EXIT(
+      {
+        setProgrammingErrorEnding([] { std::_Exit(4); });
+        setProgrammingErrorEnding(nullptr);
+        programmingError("anything");
+      },
+      testing::KilledBySignal(SIGABRT), "^programming error: anything\n");
+}
+
 TEST(ProgrammingErrorDeathTest, abortsWhenTheChosenEndingReturns) {
   EXPECT_EXIT(
       {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -12,6 +13,22 @@ namespace kestrel {
 namespace {
 
 using testing::Habitat;
+
+// A table that was not told of the last case.
+class Forgetful : public RawEnumeration<Forgetful> {
+ public:
+  enum Case : std::uint8_t { listed, unlisted };
+
+  static constexpr RawValue<Case> rawValues[] = {
+      {listed, "listed"},
+  };
+
+  constexpr Forgetful(Case value) noexcept : value_(value) {}
+  constexpr operator Case() const noexcept { return value_; }
+
+ private:
+  Case value_;
+};
 
 static_assert(Habitat::fromRawValue("tidal flat") == Habitat::tidalFlat);
 static_assert(Habitat{Habitat::saltMarsh}.rawValue() == "Salt Marsh");
@@ -26,6 +43,11 @@ TEST(RawEnumeration, readsBackWhatItPrints) {
   for (const Habitat habitat : Habitat::allCases) {
     EXPECT_EQ(Habitat::fromRawValue(habitat.rawValue()), habitat);
   }
+}
+
+TEST(RawEnumerationDeathTest, stopsAtACaseThatItsTableDoesNotList) {
+  EXPECT_EQ(Forgetful{Forgetful::listed}.rawValue(), "listed");
+  EXPECT_DEATH(Forgetful{Forgetful::unlisted}.rawValue(), "a case of an enumeration has no raw value");
 }
 
 TEST(RawEnumeration, isExactAboutTheRawValue) {
@@ -47,6 +69,18 @@ TEST(RawEnumeration, quotesAForeignTextInOneShortLine) {
             '"' + std::string(80, 'x') + "…\" is not one of open_sea, tidal flat, Salt Marsh");
   EXPECT_EQ(Habitat::notOneOf(std::string(79, 'x') + "ää"),
             '"' + std::string(79, 'x') + "…\" is not one of open_sea, tidal flat, Salt Marsh");
+}
+
+TEST(RawEnumeration, quotesAForeignTextWithoutWhatATerminalObeys) {
+  const auto start = [](std::string_view text) {
+    const std::string message = Habitat::notOneOf(text);
+    return message.substr(0, message.find(" is not"));
+  };
+  EXPECT_EQ(start("\x01\x1f \x7e\x7f"), R"("\u0001\u001F ~\u007F")");
+  EXPECT_EQ(start("\u0080\u0085\u009b\u009f\u00a0"), "\"\\u0080\\u0085\\u009B\\u009F\u00a0\"");
+  EXPECT_EQ(start("\u2027\u2028\u2029\u202a"), "\"\u2027\\u2028\\u2029\u202a\"");
+  EXPECT_EQ(start("\u00c2\u2085\xC2"), "\"\u00c2\u2085\xC2\"");
+  EXPECT_EQ(start(std::string(78, 'x') + "\u2028\u2028"), '"' + std::string(78, 'x') + "…\"");
 }
 
 TEST(RawEnumeration, hashesAndSwitches) {

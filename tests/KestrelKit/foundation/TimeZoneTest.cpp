@@ -2,12 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <rapidcheck.h>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrel {
@@ -105,6 +108,27 @@ TEST(TimeZone, utcHasOneStretchWithoutEnds) {
   EXPECT_EQ(secondsSinceReferenceDate(stretch.end), HUGE_VAL);
 }
 
+TEST(TimeZone, clockTimeIsTheOffsetAheadOfUtcInWholeSeconds) {
+  const TimeZone berlin = named("Europe/Berlin");
+  const Instant summer = at(sys_days{2025y / March / 30} + 1h);
+  EXPECT_EQ(berlin.clockTime(summer), local_days{2025y / March / 30} + 3h);
+  EXPECT_EQ(berlin.clockTime(summer + Seconds(0.75)), local_days{2025y / March / 30} + 3h);
+  EXPECT_EQ(berlin.clockTime(summer - Seconds(0.25)), local_days{2025y / March / 30} + 1h + 59min + 59s);
+  EXPECT_EQ(TimeZone::utc().clockTime(at(sys_days{1800y / January / 1} + 1s)), local_days{1800y / January / 1} + 1s);
+}
+
+TEST(TimeZone, clockTimeEndsWhereAFloatTellsNoSecondsApart) {
+  const TimeZone utc = TimeZone::utc();
+  constexpr std::int64_t furthest = std::int64_t{1} << 53U;
+  const auto reference = local_seconds(ReferenceClock::referenceDateSince1970);
+  EXPECT_EQ(utc.clockTime(instantSinceReferenceDate(0x1p53)), reference + seconds(furthest));
+  EXPECT_EQ(utc.clockTime(instantSinceReferenceDate(-0x1p53)), reference - seconds(furthest));
+  for (const double since : {std::nextafter(0x1p53, HUGE_VAL), -std::nextafter(0x1p53, HUGE_VAL), 1e300, HUGE_VAL,
+                             -HUGE_VAL, std::nan("")}) {
+    EXPECT_EQ(utc.clockTime(instantSinceReferenceDate(since)), std::nullopt) << since;
+  }
+}
+
 TEST(TimeZone, skippedTimeIsReadWithTheOffsetBeforeTheGap) {
   const TimeZone berlin = named("Europe/Berlin");
   const auto day = local_days{2025y / March / 30};
@@ -144,13 +168,13 @@ TEST(TimeZone, dayThatTheClocksSkipWholeStartsWithTheNext) {
 }
 
 TEST(TimeZone, namedTakesIanaNamesOnly) {
-  for (const char* name : {"Europe/Berlin", "UTC", "Etc/UTC", "America/Argentina/Buenos_Aires", "EST", "Etc/GMT-14"}) {
+  for (const char* name : {"Europe/Berlin", "UTC", "Etc/UTC", "America/Argentina/Buenos_Aires", "EST", "Etc/GMT-14", "Factory"}) {
     EXPECT_TRUE(TimeZone::named(name)) << name;
   }
   for (const char* name : {"", "/", "Europe", "Europe/", "Europe/Nowhere", "europe/berlin", " UTC", "UTC ", ":UTC",
                            "/usr/share/zoneinfo/UTC", "../zoneinfo/UTC", "posix/UTC", "right/UTC", "localtime",
                            "posixrules", "tzdata.zi", "zone.tab", "CET-1CEST", "EST5", "GMT+2", "PST", "Etc/Unknown",
-                           "Europe//Berlin/.", "\xff"}) {
+                           "Europe//Berlin", "Europe//Berlin/.", "Europe/Berlin/", "//", "\xff"}) {
     EXPECT_FALSE(TimeZone::named(name)) << name;
   }
   using namespace std::string_view_literals;
@@ -200,6 +224,29 @@ class DamagedZoneFile : public testing::Test {
 
 TEST_F(DamagedZoneFile, wholeCopyElsewhereIsReadAsTheZone) {
   EXPECT_EQ(zoneOf(berlin()).stretchAt(at(sys_days{2025y / July / 1})).offset, 2h);
+}
+
+// What counts leap seconds sets the clocks at other instants: better no zone than one that is half a minute late.
+TEST_F(DamagedZoneFile, thatCountsLeapSecondsIsNone) {
+  std::string content = berlin();
+  // Every header announces one leap second, which is put where RFC 8536 wants it: before the flags at the end.
+  std::size_t place = 0;
+  for (const std::size_t timeSize : {4U, 8U}) {
+    const auto count = [&](std::size_t field) {
+      std::size_t number = 0;
+      for (std::size_t byte = 0; byte < 4; ++byte) {
+        number = number * 256 + static_cast<unsigned char>(content[place + 20 + 4 * field + byte]);
+      }
+      return number;
+    };
+    const std::size_t upToLeaps = count(3) * (timeSize + 1) + count(4) * 6 + count(5);
+    ASSERT_EQ(count(2), 0U);
+    content[place + 20 + 4 * 2 + 3] = 1;
+    content.insert(place + 44 + upToLeaps, std::string(timeSize + 3, '\0') + '\1');
+    place += 44 + upToLeaps + timeSize + 4 + count(1) + count(0);
+  }
+  ASSERT_EQ(content[place], '\n');
+  EXPECT_EQ(zoneOf(content).stretchAt(at(sys_days{2025y / July / 1})).offset, 0s);
 }
 
 TEST_F(DamagedZoneFile, truncatedAnywhereNeverCrashes) {

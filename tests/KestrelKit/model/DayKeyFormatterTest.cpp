@@ -64,7 +64,8 @@ TEST(DayKeyFormatter, hasKeysOfTheYears0001To9999) {
   EXPECT_EQ(utc.key(at("0001-01-01T00:00:00Z") - Seconds{1}), std::nullopt);
   EXPECT_EQ(utc.key(at("9999-12-31T23:59:59Z")), "9999-12-31");
   EXPECT_EQ(utc.key(at("9999-12-31T23:59:59Z") + Seconds{1}), std::nullopt);
-  for (const double since : {1e300, -1e300, std::numeric_limits<double>::infinity(),
+  // Beyond what the calendar types can count the years of, up to the ends of what has a time on the clocks.
+  for (const double since : {1.0e12, 2.068e12, -2.068e12, 0x1p53, -0x1p53, 0x1p54, 1e300, -1e300, std::numeric_limits<double>::infinity(),
                              -std::numeric_limits<double>::infinity(), std::nan("")}) {
     EXPECT_EQ(utc.key(instantSinceReferenceDate(since)), std::nullopt);
   }
