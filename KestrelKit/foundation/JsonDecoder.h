@@ -4,6 +4,8 @@
 #include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/JsonReader.h>
+#include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/foundation/Record.h>
 
 #include <expected>
 #include <optional>
@@ -25,7 +27,7 @@ class JsonDecoder {
 
   /// The value in `json`, or what is wrong with it first: its syntax, else the first field that does not fit.
   /// Elements that a lossy list drops are added to `dropped`, where one is given, each with its path and
-  /// reason; a failed reading adds nothing.
+  /// reason; a failed reading adds nothing, and what the list held stays.
   template <class T>
   [[nodiscard]] std::expected<T, JsonError> decode(std::string_view json,
                                                    std::vector<JsonError>* dropped = nullptr) const {
@@ -35,6 +37,9 @@ class JsonDecoder {
     });
     if (!read) {
       return std::unexpected(read.error());
+    }
+    if (!value) {
+      programmingError("a JSON form found a value wrong and did not note why");
     }
     return *std::move(value);
   }

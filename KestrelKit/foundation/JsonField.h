@@ -12,7 +12,8 @@ class JsonWriter;
 /// Record.h.
 struct JsonField {
   std::string_view key;
-  bool (*read)(JsonReader& value, void* record);  ///< False: noted in the reader.
+  void (*read)(JsonReader& value,
+               void* record);  ///< Leaves the member alone when the value is wrong, and noted.
   void (*write)(JsonWriter& writer, std::string_view key, const void* record);
   bool mayBeLeftOut;
 };

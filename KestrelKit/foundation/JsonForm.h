@@ -1,15 +1,12 @@
 #pragma once
 
 #include <KestrelKit/foundation/Instant.h>
-#include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/JsonWriter.h>
 #include <KestrelKit/foundation/RawEnumeration.h>
 #include <KestrelKit/foundation/Uuid.h>
 
-#include <concepts>
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -56,32 +53,6 @@ template <>
 struct JsonForm<std::string> {
   static std::optional<std::string> read(JsonReader& value);
   static void write(JsonWriter& writer, std::string_view value) { writer.text(value); }
-};
-
-/// A plain struct that declares its fields; Record.h says how.
-template <class T>
-concept Record = std::default_initializable<T> && requires {
-  { T::jsonFields() } -> std::same_as<JsonFields>;
-};
-
-/// Reads the object at `value` into `record`, a fresh one of the type that declares `fields`; false when
-/// something was wrong, and noted.
-bool readFields(JsonReader& value, JsonFields fields, void* record);
-
-/// Writes `record`, of the type that declares `fields`, as an object.
-void writeFields(JsonWriter& writer, JsonFields fields, const void* record);
-
-template <Record T>
-struct JsonForm<T> {
-  static std::optional<T> read(JsonReader& value) {
-    std::optional<T> record{std::in_place};
-    if (!readFields(value, T::jsonFields(), &*record)) {
-      record.reset();
-    }
-    return record;
-  }
-
-  static void write(JsonWriter& writer, const T& record) { writeFields(writer, T::jsonFields(), &record); }
 };
 
 /// As the coder's date strategy has it.
@@ -145,15 +116,12 @@ template <class T>
 struct JsonForm<std::vector<T>> {
   static std::optional<std::vector<T>> read(JsonReader& value) {
     std::vector<T> list;
-    bool whole = true;
-    const bool isList = value.forEachElement([&](JsonReader& element) {
+    const bool isWhole = value.forEachElement([&](JsonReader& element) {
       if (auto read = JsonForm<T>::read(element)) {
         list.push_back(std::move(*read));
-      } else {
-        whole = false;
       }
     });
-    if (!isList || !whole) {
+    if (!isWhole) {
       return std::nullopt;
     }
     return list;
@@ -173,24 +141,14 @@ struct JsonForm<std::vector<T>> {
 template <class T>
 struct JsonForm<std::map<std::string, T>> {
   static std::optional<std::map<std::string, T>> read(JsonReader& value) {
-    std::map<std::string, std::optional<T>, std::less<>>
-        read;  // absent where the last value of a key was wrong
-    const bool isObject = value.forEachMember([&](std::string_view key, JsonReader& member) {
-      const auto [place, isNew] = read.try_emplace(std::string{key});
-      if (!isNew) {
-        value.forget(key);
-      }
-      place->second = JsonForm<T>::read(member);
-    });
-    if (!isObject) {
-      return std::nullopt;
-    }
     std::map<std::string, T> map;
-    for (auto& [key, element] : read) {
-      if (!element) {
-        return std::nullopt;
+    const bool isWhole = value.forEachMember([&](std::string_view key, JsonReader& member) {
+      if (auto read = JsonForm<T>::read(member)) {
+        map.insert_or_assign(std::string{key}, std::move(*read));
       }
-      map.emplace_hint(map.end(), key, std::move(*element));
+    });
+    if (!isWhole) {
+      return std::nullopt;
     }
     return map;
   }

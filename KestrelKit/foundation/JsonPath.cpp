@@ -1,4 +1,5 @@
 #include "JsonPath.h"
+#include "TextForm.h"
 
 #include <KestrelKit/foundation/QuotedText.h>
 
@@ -10,31 +11,27 @@ namespace {
 constexpr bool isLetter(char c) noexcept {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 constexpr bool isIdentifier(std::string_view text) noexcept {
   return !text.empty() && isLetter(text.front()) &&
          std::ranges::all_of(text, [](char c) { return isLetter(c) || isDigit(c); });
 }
 
-}  // namespace
-
-void appendMember(std::string& path, std::string_view key) {
-  if (!isIdentifier(key)) {
-    path += '[' + quoted(key) + ']';
-    return;
+void prepend(std::string& path, std::string_view step) {
+  if (!path.empty() && path.front() != '[') {
+    path.insert(0, 1, '.');
   }
-  if (!path.empty()) {
-    path += '.';
-  }
-  path += key;
+  path.insert(0, step);
 }
 
-void appendElement(std::string& path, std::size_t index) { path += '[' + std::to_string(index) + ']'; }
+}  // namespace
 
-bool isAtOrBelow(std::string_view path, std::string_view ancestor) noexcept {
-  return path.starts_with(ancestor) &&
-         (path.size() == ancestor.size() || path[ancestor.size()] == '.' || path[ancestor.size()] == '[');
+void prependMember(std::string& path, std::string_view key) {
+  prepend(path, isIdentifier(key) ? shortened(key) : '[' + quoted(key) + ']');
+}
+
+void prependElement(std::string& path, std::size_t index) {
+  prepend(path, '[' + std::to_string(index) + ']');
 }
 
 }  // namespace kestrel

@@ -6,13 +6,11 @@
 
 namespace kestrel {
 
-/// Appends the step to the member `key` of an object: `.key`, `key` at the root, or `["the key"]`.
-void appendMember(std::string& path, std::string_view key);
+/// Puts the step to the member `key` of an object before `path`, which starts at that member: `key`, or
+/// `["the key"]`; a long key is shortened as in a message.
+void prependMember(std::string& path, std::string_view key);
 
-/// Appends the step to an element of a list: `[3]`.
-void appendElement(std::string& path, std::size_t index);
-
-/// Whether `path` is `ancestor` or lies below it.
-bool isAtOrBelow(std::string_view path, std::string_view ancestor) noexcept;
+/// Puts the step to an element of a list before `path`, which starts at that element: `[3]`.
+void prependElement(std::string& path, std::size_t index);
 
 }  // namespace kestrel

@@ -1,6 +1,8 @@
 #include "JsonPath.h"
+#include "TextForm.h"
 
 #include <KestrelKit/foundation/JsonReader.h>
+#include <KestrelKit/foundation/ProgrammingError.h>
 #include <KestrelKit/foundation/QuotedText.h>
 
 #include <fmt/format.h>
@@ -9,6 +11,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <functional>
+#include <iterator>
+#include <map>
 #include <system_error>
 #include <utility>
 
@@ -22,7 +28,6 @@ namespace {
 
 constexpr std::size_t deepest = 512;
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 constexpr std::string_view withoutTrailingBlanks(std::string_view token) noexcept {
@@ -122,11 +127,13 @@ std::string_view upToQuote(std::string_view rest) noexcept {
 
 struct JsonReader::Document {
   DateStrategy dates;
-  std::vector<JsonError>* dropped;
+  bool listsDropped;
   const char* begin;  // of the caller's text in the parser's copy
   const char* end;
   ondemand::document parsed;
-  std::vector<JsonError> notes;
+  std::vector<JsonError> notes;    // about the value that is being read, with the path from there; below them
+                                   // those about what it lies in
+  std::vector<JsonError> dropped;  // with the path from the root
   std::optional<JsonError> syntaxError;
 
   bool failed() const noexcept { return syntaxError.has_value(); }
@@ -161,25 +168,40 @@ struct JsonReader::Place {
   std::size_t depth;  // the number of objects and lists that the value lies in
   ondemand::value value;
   bool taken = false;
+  std::size_t notesBefore = document.notes.size();
+  std::size_t droppedBefore = document.dropped.size();
 
   // The text of a scalar; of anything else its first character.
   std::string_view token() { return withoutTrailingBlanks(value.raw_json_token()); }
   const char* where() { return value.raw_json_token().data(); }
 
-  std::string path() const {
-    std::string path = parent == nullptr ? std::string{} : parent->path();
+  // Puts the step that leads here before `path`.
+  void prependStep(std::string& path) const {
     switch (step) {
       case Step::root:
         break;
       case Step::member:
-        appendMember(path, key);
+        prependMember(path, key);
         break;
       case Step::element:
-        appendElement(path, index);
+        prependElement(path, index);
         break;
     }
-    return path;
   }
+
+  // What was noted about the value here and what it holds. It is one note: the first.
+  std::optional<JsonError> takeNote() {
+    auto& notes = document.notes;
+    if (!isWrong()) {
+      return std::nullopt;
+    }
+    std::optional<JsonError> note{std::move(notes.back())};
+    notes.pop_back();
+    return note;
+  }
+
+  bool isWrong() const noexcept { return document.notes.size() > notesBefore; }
+  bool isNoted() const noexcept { return isWrong() || document.dropped.size() > droppedBefore; }
 
   Kind kind() {
     switch (*where()) {
@@ -241,31 +263,7 @@ struct JsonReader::Place {
   }
 
   template <class Visit>
-  void takeMembers(Visit visit) {
-    taken = true;
-    ondemand::object object;
-    if (!descend() || value.get_object().get(object) != simdjson::SUCCESS) {
-      document.fail(where());
-      return;
-    }
-    for (auto member : object) {
-      ondemand::field field;
-      if (std::move(member).get(field) != simdjson::SUCCESS) {
-        document.fail(document.location());
-        return;
-      }
-      const auto name = keyOf(field);
-      if (!name) {
-        return;
-      }
-      Place place{document, this, *name, 0, Step::member, depth + 1, field.value()};
-      visit(place);
-      place.finish();
-      if (document.failed()) {
-        return;
-      }
-    }
-  }
+  void takeMembers(Visit visit);
 
   template <class Visit>
   void takeElements(Visit visit) {
@@ -287,6 +285,10 @@ struct JsonReader::Place {
       place.finish();
       if (document.failed()) {
         return;
+      }
+      if (auto note = place.takeNote(); note && !isWrong()) {
+        place.prependStep(note->path);
+        document.notes.push_back(*std::move(note));
       }
     }
   }
@@ -345,6 +347,91 @@ struct JsonReader::Place {
     return text;
   }
 };
+
+// What was noted about the members of an object, by their keys: of a repeated key only what concerns its last
+// value. Members about which nothing was noted are not listed.
+class JsonReader::LastValues {
+ public:
+  bool empty() const noexcept { return byKey_.empty(); }
+
+  void take(Place& member) {
+    const auto listed = byKey_.find(member.key);
+    if (!member.isNoted()) {
+      if (listed != byKey_.end()) {
+        byKey_.erase(listed);
+      }
+      return;
+    }
+    Notes& notes = listed != byKey_.end() ? listed->second : byKey_[std::string{member.key}];
+    notes.order = count_++;
+    notes.wrong = member.takeNote();
+    auto& dropped = member.document.dropped;
+    const auto first = dropped.begin() + static_cast<std::ptrdiff_t>(member.droppedBefore);
+    notes.dropped.assign(std::move_iterator{first}, std::move_iterator{dropped.end()});
+    dropped.erase(first, dropped.end());
+  }
+
+  // Passes on the first wrong member, and what all of them dropped, in the order of the document.
+  void noteIn(Document& document) {
+    std::vector<decltype(byKey_)::value_type*> inOrder;
+    inOrder.reserve(byKey_.size());
+    for (auto& entry : byKey_) {
+      inOrder.push_back(&entry);
+    }
+    std::ranges::sort(inOrder, {}, [](const auto* entry) { return entry->second.order; });
+    bool isFirst = true;
+    for (auto* entry : inOrder) {
+      auto& [key, notes] = *entry;
+      std::ranges::move(notes.dropped, std::back_inserter(document.dropped));
+      if (notes.wrong && std::exchange(isFirst, false)) {
+        prependMember(notes.wrong->path, key);
+        document.notes.push_back(*std::move(notes.wrong));
+      }
+    }
+  }
+
+ private:
+  struct Notes {
+    std::size_t order;
+    std::optional<JsonError> wrong;
+    std::vector<JsonError> dropped;
+  };
+
+  std::map<std::string, Notes, std::less<>> byKey_;
+  std::size_t count_ = 0;
+};
+
+template <class Visit>
+void JsonReader::Place::takeMembers(Visit visit) {
+  taken = true;
+  ondemand::object object;
+  if (!descend() || value.get_object().get(object) != simdjson::SUCCESS) {
+    document.fail(where());
+    return;
+  }
+  LastValues noted;
+  for (auto member : object) {
+    ondemand::field field;
+    if (std::move(member).get(field) != simdjson::SUCCESS) {
+      document.fail(document.location());
+      return;
+    }
+    const auto name = keyOf(field);
+    if (!name) {
+      return;
+    }
+    Place place{document, this, *name, 0, Step::member, depth + 1, field.value()};
+    visit(place);
+    place.finish();
+    if (document.failed()) {
+      return;
+    }
+    if (place.isNoted() || !noted.empty()) {
+      noted.take(place);
+    }
+  }
+  noted.noteIn(document);
+}
 
 // The one element of the list that the document was wrapped into.
 template <class Visit>
@@ -470,7 +557,7 @@ bool JsonReader::forEachMember(void (*visit)(void*, std::string_view, JsonReader
     JsonReader reader{member};
     visit(state, member.key, reader);
   });
-  return !place_->document.failed();
+  return !place_->document.failed() && !place_->isWrong();
 }
 
 bool JsonReader::forEachElement(void (*visit)(void*, JsonReader&), void* state) {
@@ -482,42 +569,37 @@ bool JsonReader::forEachElement(void (*visit)(void*, JsonReader&), void* state) 
     JsonReader reader{element};
     visit(state, reader);
   });
-  return !place_->document.failed();
+  return !place_->document.failed() && !place_->isWrong();
 }
 
 std::nullopt_t JsonReader::refuse(std::string message) {
-  place_->document.notes.push_back({place_->path(), std::move(message)});
+  if (!place_->isWrong()) {
+    place_->document.notes.push_back({{}, std::move(message)});
+  }
   return std::nullopt;
 }
 
 void JsonReader::refuseAbsent(std::string_view key) {
-  std::string path = place_->path();
-  appendMember(path, key);
-  place_->document.notes.push_back({std::move(path), "is missing"});
-}
-
-void JsonReader::forget(std::string_view key) {
-  std::string path = place_->path();
-  appendMember(path, key);
-  const auto concerned = [&](const JsonError& error) { return isAtOrBelow(error.path, path); };
-  std::erase_if(place_->document.notes, concerned);
-  if (place_->document.dropped != nullptr) {
-    std::erase_if(*place_->document.dropped, concerned);
+  if (!place_->isWrong()) {
+    std::string path;
+    prependMember(path, key);
+    place_->document.notes.push_back({std::move(path), "is missing"});
   }
 }
 
-std::size_t JsonReader::noted() const noexcept { return place_->document.notes.size(); }
-
-void JsonReader::dropNotedSince(std::size_t mark) {
+void JsonReader::drop() {
   Document& document = place_->document;
-  if (document.notes.size() <= mark) {
+  auto note = place_->takeNote();
+  if (document.failed() || !document.listsDropped) {
     return;
   }
-  const auto first = document.notes.begin() + static_cast<std::ptrdiff_t>(mark);
-  if (document.dropped != nullptr) {
-    document.dropped->push_back(std::move(*first));
+  if (!note) {
+    programmingError("an element is dropped about which nothing was noted");
   }
-  document.notes.erase(first, document.notes.end());
+  for (const Place* place = place_; place != nullptr; place = place->parent) {
+    place->prependStep(note->path);
+  }
+  document.dropped.push_back(*std::move(note));
 }
 
 std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates,
@@ -534,13 +616,13 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
 
   ondemand::parser parser;
   JsonReader::Document document{.dates = dates,
-                                .dropped = dropped,
+                                .listsDropped = dropped != nullptr,
                                 .begin = wrapped.data() + 1,
                                 .end = wrapped.data() + 1 + json.size(),
                                 .parsed = {},
                                 .notes = {},
+                                .dropped = {},
                                 .syntaxError = {}};
-  const std::size_t droppedBefore = dropped == nullptr ? 0 : dropped->size();
   const auto indexed =
       parser.iterate(wrapped.data(), wrapped.size(), wrapped.capacity()).get(document.parsed);
   if (indexed == simdjson::UTF8_ERROR) {
@@ -560,13 +642,13 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
   if (!error && !document.notes.empty()) {
     error = std::move(document.notes.front());
   }
-  if (!error) {
-    return {};
+  if (error) {
+    return std::unexpected(*std::move(error));
   }
   if (dropped != nullptr) {
-    dropped->resize(droppedBefore);
+    std::ranges::move(document.dropped, std::back_inserter(*dropped));
   }
-  return std::unexpected(*std::move(error));
+  return {};
 }
 
 }  // namespace kestrel

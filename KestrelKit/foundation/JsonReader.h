@@ -3,7 +3,6 @@
 #include <KestrelKit/foundation/DateStrategy.h>
 #include <KestrelKit/foundation/JsonError.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <optional>
@@ -21,7 +20,8 @@ namespace kestrel {
 /// value costs itself and a syntax error anywhere costs the document.
 ///
 /// A reading function that gives nothing has noted why, with the path; the form only passes the absence on.
-/// One that finds a well-formed value wrong notes it with refuse().
+/// One that finds a well-formed value wrong notes it with refuse(). Of all that is noted about one value the
+/// first counts, and of a repeated key only what is noted about its last value.
 ///
 /// Not to be kept beyond the call that hands it out; one thread.
 class JsonReader {
@@ -49,7 +49,8 @@ class JsonReader {
   bool null();
 
   /// Calls `visit(std::string_view key, JsonReader& value)` for each member of the object here, in order,
-  /// repeated keys included; the key is valid during the call. False, and noted, when no object is here.
+  /// repeated keys included; the key is valid during the call. False, and noted, when no object is here or a
+  /// member is wrong.
   template <class Visit>
   bool forEachMember(Visit visit) {
     return forEachMember([](void* state, std::string_view key,
@@ -58,32 +59,29 @@ class JsonReader {
   }
 
   /// Calls `visit(JsonReader& element)` for each element of the list here. False, and noted, when no list is
-  /// here.
+  /// here or an element is wrong and was not dropped.
   template <class Visit>
   bool forEachElement(Visit visit) {
     return forEachElement([](void* state, JsonReader& element) { (*static_cast<Visit*>(state))(element); },
                           &visit);
   }
 
-  /// Notes that the value here is wrong, and why. Gives the absence that a form returns then.
+  /// Notes that the value here is wrong, and why; not while its members or elements are visited. Gives the
+  /// absence that a form returns then.
   std::nullopt_t refuse(std::string message);
 
   /// Notes that the object here lacks the member `key`.
   void refuseAbsent(std::string_view key);
 
-  /// A repeated key: what was noted about the member `key` of the object here no longer counts.
-  void forget(std::string_view key);
-
-  /// How much has been noted so far; for dropNotedSince().
-  std::size_t noted() const noexcept;
-
-  /// What was noted since `mark` costs only the element that is given up for it: the first note becomes that
-  /// element's reason in the list of what was dropped, where the caller of the decoder asked for one.
-  void dropNotedSince(std::size_t mark);
+  /// A form found the value here wrong, and whoever called it gives up only this value, an element of a lossy
+  /// list: the document is not refused for it. What was noted becomes the reason in the list of what was
+  /// dropped, where the caller of the decoder asked for one.
+  void drop();
 
  private:
   struct Document;
   struct Place;
+  class LastValues;
   friend std::expected<void, JsonError> readJson(std::string_view, DateStrategy, std::vector<JsonError>*,
                                                  void*, void (*)(void*, JsonReader&));
 
@@ -96,7 +94,8 @@ class JsonReader {
 };
 
 /// Reads the document `json` and calls `visit(state, root)`. The first of what was noted is the error; one
-/// about syntax goes before all others. `dropped` may be null. See JsonDecoder for what a document must be.
+/// about syntax goes before all others. What was dropped from a document that is not refused is added to
+/// `dropped`, which may be null. See JsonDecoder for what a document must be.
 std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates,
                                         std::vector<JsonError>* dropped, void* state,
                                         void (*visit)(void* state, JsonReader& root));

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -100,11 +101,11 @@ struct JsonWriter::Document {
       return;
     }
     std::string path;
-    for (const Level& level : levels) {
+    for (const Level& level : std::views::reverse(levels)) {
       if (level.list) {
-        appendElement(path, level.index);
+        prependElement(path, level.index);
       } else {
-        appendMember(path, level.key);
+        prependMember(path, level.key);
       }
     }
     error = JsonError{std::move(path), std::move(message)};

@@ -1,7 +1,6 @@
 #include <KestrelKit/foundation/Record.h>
 #include <support/Specimen.h>
 
-#include <cstddef>
 #include <utility>
 
 namespace kestrel {
@@ -38,11 +37,10 @@ struct LossyRings {
   static std::optional<std::vector<Ring>> read(JsonReader& value) {
     std::vector<Ring> rings;
     const bool isList = value.forEachElement([&](JsonReader& element) {
-      const std::size_t mark = element.noted();
       if (auto ring = JsonForm<Ring>::read(element)) {
         rings.push_back(std::move(*ring));
       } else {
-        element.dropNotedSince(mark);
+        element.drop();
       }
     });
     if (!isList) {

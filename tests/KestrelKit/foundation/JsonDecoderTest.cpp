@@ -29,6 +29,18 @@ struct JsonForm<Anything> {
 
 namespace {
 
+// A form that breaks its contract: it gives nothing and does not say why.
+struct Silence {};
+
+}  // namespace
+
+template <>
+struct JsonForm<Silence> {
+  static std::optional<Silence> read(JsonReader&) { return std::nullopt; }
+};
+
+namespace {
+
 using namespace std::string_literals;
 using testing::Ring;
 
@@ -448,6 +460,45 @@ TEST(JsonDecoder, keepsKindsApart) {
     EXPECT_EQ((errorOf<std::map<std::string, bool>>(json)),
               kind == "an object" ? "none" : refusal("an object"));
   }
+}
+
+TEST(JsonDecoder, keepsApartKeysThatDifferOnlyWhereAMessageCutsThem) {
+  using Texts = std::map<std::string, std::string>;
+  const std::string stem(80, ' ');
+  const std::string json = fmt::format(R"({{"{0}A":1,"{0}B":"x","{0}B":"y"}})", stem);
+  EXPECT_EQ(errorOf<Texts>(json), "[\"" + stem + "…\"]: expected text, found a number");
+  EXPECT_EQ(decoder.decode<Texts>(fmt::format(R"({{"{0}A":1,"{0}B":"x","{0}A":"y"}})", stem)),
+            (Texts{{stem + "A", "y"}, {stem + "B", "x"}}));
+  // Likewise what lies below such keys, and identifiers.
+  const std::string word(80, 'w');
+  EXPECT_EQ((errorOf<std::map<std::string, Texts>>(
+                fmt::format(R"({{"{0}A":{{"k":1}},"{0}B":{{"k":2}},"{0}B":{{}}}})", word))),
+            word + "….k: expected text, found a number");
+}
+
+TEST(JsonDecoder, namesTheEarliestOfWhatStaysWrong) {
+  using Numbers = std::map<std::string, std::vector<std::int64_t>>;
+  EXPECT_EQ(errorOf<Numbers>(R"({"z":[0,true,null],"a":1})"), "z[1]: expected an integer, found a boolean");
+  EXPECT_EQ(errorOf<Numbers>(R"({"z":[true],"a":1,"z":null})"), "a: expected a list, found a number");
+  EXPECT_EQ(errorOf<Numbers>(R"({"z":[true],"a":1,"a":[1],"z":[[]]})"),
+            "z[0]: expected an integer, found a list");
+  EXPECT_EQ(errorOf<Numbers>(R"({"z":[true],"a":1,"a":[1],"z":[]})"), "none");
+  // A key is the same however it is escaped.
+  EXPECT_EQ(errorOf<Numbers>(R"({"z":[true],"\u007a":[]})"), "none");
+}
+
+TEST(JsonDecoder, shortensTheKeysOfAPath) {
+  using Texts = std::map<std::string, std::vector<std::string>>;
+  const auto error = [](const std::string& key) { return errorOf<Texts>("{\"" + key + "\":[1]}"); };
+  EXPECT_EQ(error(std::string(80, 'a')), std::string(80, 'a') + "[0]: expected text, found a number");
+  EXPECT_EQ(error(std::string(81, 'a')), std::string(80, 'a') + "…[0]: expected text, found a number");
+  EXPECT_EQ(error(std::string(81, '-')),
+            "[\"" + std::string(80, '-') + "…\"][0]: expected text, found a number");
+}
+
+TEST(JsonDecoderDeathTest, stopsAtAFormThatGivesNothingAndDoesNotSayWhy) {
+  EXPECT_DEATH(static_cast<void>(decoder.decode<Silence>("1")), "did not note why");
+  EXPECT_EQ(errorOf<Silence>("1 2"), "the document is not well-formed JSON at byte 2");
 }
 
 TEST(JsonDecoder, readsInstantsByItsDateStrategy) {

@@ -264,6 +264,28 @@ TEST(Record, namesNothingDroppedThatDoesNotStandOrOfADocumentThatIsRefused) {
   EXPECT_TRUE(dropped.empty());
 }
 
+TEST(Record, namesWhatWasDroppedInTheOrderOfTheDocument) {
+  const std::string json = objectOf(allMembers());
+  std::vector<JsonError> dropped;
+  // The list that stands is the last one, after a field whose first value was wrong.
+  ASSERT_TRUE(decoder.decode<Specimen>(
+      json.substr(0, json.size() - 1) + R"(,"name":1,"lossy":[true],"lossy":[0,null],"name":"x"})",
+      &dropped));
+  EXPECT_EQ(dropped, (std::vector<JsonError>{{"lossy[0]", "expected an object, found a number"},
+                                             {"lossy[1]", "expected an object, found null"}}));
+}
+
+TEST(Record, leavesAListOfWhatWasDroppedBeforeAlone) {
+  const std::vector<JsonError> before{{"lossy", "of another document"}, {"lossy[0].date", "likewise"}};
+  const std::string json = objectOf(allMembers());
+  std::vector<JsonError> dropped = before;
+  ASSERT_TRUE(
+      decoder.decode<Specimen>(json.substr(0, json.size() - 1) + R"(,"lossy":[],"lossy":[]})", &dropped));
+  EXPECT_EQ(dropped, before);
+  EXPECT_FALSE(decoder.decode<Specimen>(objectWith("lossy", "[1,2") + '}', &dropped));
+  EXPECT_EQ(dropped, before);
+}
+
 TEST(Record, namesTheFieldThatCannotBeWritten) {
   Specimen specimen = decoded(objectOf(allMembers()));
   specimen.seenAt = instantSinceReferenceDate(1e300);

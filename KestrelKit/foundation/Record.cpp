@@ -1,5 +1,5 @@
-#include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/foundation/Record.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -18,34 +18,28 @@ bool readFields(JsonReader& value, JsonFields fields, void* record) {
     programmingError("a record declares more than 64 fields");
   }
   Places seen = 0;
-  Places wrong = 0;
   std::size_t likely = 0;  // keys mostly come in the order of the declaration
-  const bool isObject = value.forEachMember([&](std::string_view key, JsonReader& member) {
+  const bool isRight = value.forEachMember([&](std::string_view key, JsonReader& member) {
     for (std::size_t tried = 0; tried < fields.size(); ++tried, likely = (likely + 1) % fields.size()) {
       if (fields[likely].key != key) {
         continue;
       }
-      const Places place = Places{1} << likely;
-      if ((seen & place) != 0) {
-        value.forget(key);
-      }
-      seen |= place;
-      wrong = fields[likely].read(member, record) ? wrong & ~place : wrong | place;
+      seen |= Places{1} << likely;
+      fields[likely].read(member, record);
       likely = (likely + 1) % fields.size();
       return;
     }
   });
-  if (!isObject) {
+  if (!isRight) {
     return false;
   }
   for (std::size_t index = 0; index < fields.size(); ++index) {
-    const Places place = Places{1} << index;
-    if ((seen & place) == 0 && !fields[index].mayBeLeftOut) {
+    if ((seen & Places{1} << index) == 0 && !fields[index].mayBeLeftOut) {
       value.refuseAbsent(fields[index].key);
-      wrong |= place;
+      return false;
     }
   }
-  return wrong == 0;
+  return true;
 }
 
 void writeFields(JsonWriter& writer, JsonFields fields, const void* record) {
