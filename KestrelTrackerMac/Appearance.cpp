@@ -47,6 +47,7 @@ bool paletteIsDark() {
 
 Appearance::Appearance(QObject* parent) : QObject(parent) {
   qDBusRegisterMetaType<SettingGroups>();
+  qRegisterMetaType<QDBusVariant>();  // Qt finds the slot below only where the type is known by its name
   qGuiApp->installEventFilter(this);
 
   QDBusConnection bus = QDBusConnection::sessionBus();

@@ -48,6 +48,7 @@ TrayMenu::TrayMenu(MessagesCompanionCoordinator& coordinator, WindowPresence& pr
   menu_.addSeparator();
   menu_.addAction(tr("Quit Tidewell"), qApp, &QCoreApplication::quit);
 
+  menu_.setWindowTitle(tr("Tidewell"));  // what screen readers call it
   icon_.setToolTip(tr("Tidewell"));
   icon_.setContextMenu(&menu_);
   connect(&icon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {

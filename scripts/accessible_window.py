@@ -9,17 +9,13 @@ import os
 import signal
 import subprocess
 import time
-import warnings
 
 import gi
-
-# The plain names of actions have newer ones, which the bindings of Debian 12 do not know.
-warnings.simplefilter("ignore", DeprecationWarning)
 
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-PATIENCE = 20  # seconds that a step may take on a slow and busy machine
+PATIENCE = 60  # seconds that a step may take on a slow and busy machine
 
 
 def wait_until(condition, what, describe=lambda: ""):
@@ -63,9 +59,10 @@ class Node:
 
     @property
     def children(self):
+        """The visible ones. Qt 6.4 does not tell those that are scrolled away from those that are hidden."""
         def those(node):
             found = [node.get_child_at_index(index) for index in range(node.get_child_count())]
-            return [Node(child) for child in found if child]
+            return [child for child in map(Node, filter(None, found)) if child.has(Atspi.StateType.VISIBLE)]
         return self._ask(those, [])
 
     @property
@@ -103,7 +100,14 @@ class Node:
     def press(self):
         """Does what a press of the control does: its first action that is not taking the focus."""
         index = next(index for index, name in enumerate(self.actions) if name != "SetFocus")
-        self._accessible.get_action_iface().do_action(index)
+        with contextlib.suppress(GLib.Error):  # a press that ends the application goes unanswered
+            self._accessible.get_action_iface().do_action(index)
+
+    def click(self):
+        """Clicks into its middle with the mouse."""
+        place = self._accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+        middle = (str(place.x + place.width // 2), str(place.y + place.height // 2))
+        subprocess.run(["xdotool", "mousemove", *middle, "click", "1"], check=True)
 
     def outline(self, depth=0):
         """The tree below as lines of role and name, two blanks a level; what takes focus has a star."""
@@ -115,10 +119,12 @@ class Node:
 
 
 class Tidewell:
-    """A running Tidewell. Ends it when the block that it is made for ends.
+    """A running Tidewell. `alerts` holds what it has announced. Ends it when the block that it is made for ends.
 
     `program` is the command; `home` the home folder, which holds Library/Messages/chat.db.
     """
+
+    _EVENTS = ("object:announcement", "object:state-changed:showing")
 
     def __init__(self, program, home=None, environment=None):
         settings = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **(environment or {}))
@@ -128,23 +134,30 @@ class Tidewell:
         self.process = subprocess.Popen(command, env=settings, start_new_session=True)
         self.alerts = []
         self._root = None
+        self._menu = None
         self._listener = Atspi.EventListener.new(self._hear)
-        self._listener.register("object:announcement")
+        for event in self._EVENTS:
+            self._listener.register(event)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
         with contextlib.suppress(GLib.Error):
-            self._listener.deregister("object:announcement")
+            for event in self._EVENTS:
+                self._listener.deregister(event)
         with contextlib.suppress(ProcessLookupError):
             os.killpg(self.process.pid, signal.SIGKILL)
         self.process.wait()
 
     def _hear(self, event):
         with contextlib.suppress(GLib.Error):
-            if self._root and event.source.get_process_id() == self._root.process:
+            if not self._root or event.source.get_process_id() != self._root.process:
+                return
+            if event.type == "object:announcement":
                 self.alerts.append(event.any_data)
+            elif event.source.get_role() == Atspi.Role.POPUP_MENU:
+                self._menu = Node(event.source)
 
     def _connected(self):
         """The application's root on the accessibility bus."""
@@ -169,6 +182,17 @@ class Tidewell:
     def find(self, role, name=None):
         """The first object of that role and name on the screen, as soon as there is one."""
         return wait_until(lambda: self.find_now(role, name), f"{role} “{name}”", self.picture)
+
+    def fill_the_display(self):
+        """Makes the window as large as the display, so that nothing is scrolled away."""
+        search = ["xdotool", "search", "--onlyvisible", "--name", "^Tidewell$"]
+        found = lambda: subprocess.run(search, stdout=subprocess.PIPE, text=True).stdout.split()  # noqa: E731
+        frame = self.wait_for(found, "the window to be on the display")[0]
+        subprocess.run(["xdotool", "windowmove", frame, "0", "0", "windowsize", frame, "100%", "100%"], check=True)
+
+    def menu(self):
+        """The menu that popped up last. Such menus stand outside of the application's tree."""
+        return self.wait_for(lambda: self._menu, "a menu")
 
     def names(self, role):
         root = self._connected()

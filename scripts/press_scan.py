@@ -31,8 +31,7 @@ def main(program, path):
         button = window.find("push button", "Scan Locally")
         button.press()
         window.find("push button", "Scan Again")
-        frame = output_of("xdotool", "search", "--onlyvisible", "--name", "^Tidewell$").split()[0]
-        output_of("xdotool", "windowmove", frame, "0", "0", "windowsize", frame, "100%", "100%")
+        window.fill_the_display()
         picture = wait_until(Steady().picture, "the window to be painted")
     with open(path, "wb") as file:
         file.write(picture)

@@ -7,12 +7,15 @@ from pathlib import Path
 
 from window_test_case import WindowTestCase
 
+DISCLAIMER = ("Tidewell is a tracking and personal-insight tool. It is not a medical device, not FDA-cleared, and not a "
+              "substitute for clinical care.")
 BASELINES = Path(__file__).parent / "baselines"
 
 
 class AccessibilityTree(WindowTestCase):
     def assert_baseline(self, name, window):
         """Compares with the kept text. TIDEWELL_KEEP_BASELINES=1 keeps what there is now."""
+        window.wait_for(lambda: window.find_now("label", DISCLAIMER), "the end of the page")
         path = BASELINES / f"{name}.txt"
         found = window.picture() + "\n"
         if os.environ.get("TIDEWELL_KEEP_BASELINES") == "1":
@@ -29,12 +32,14 @@ class AccessibilityTree(WindowTestCase):
     def test_ready(self):
         self.write_history(messages=0, days=1)
         window = self.start_ready()
+        window.fill_the_display()
         self.assert_everything_that_takes_focus_is_named(window)
         self.assert_baseline("ready", window)
 
     def test_after_a_scan_without_activity(self):
         self.write_history(messages=0, days=1)
         window = self.start_ready()
+        window.fill_the_display()
         window.find("push button", "Scan Locally").press()
         window.find("label", "No Messages activity was found in the selected window.")
         self.assert_everything_that_takes_focus_is_named(window)
@@ -43,6 +48,7 @@ class AccessibilityTree(WindowTestCase):
     def test_after_a_scan_with_activity(self):
         self.write_history(messages=3_000, days=60)
         window = self.start_ready()
+        window.fill_the_display()
         window.find("push button", "Scan Locally").press()
         window.find("push button", "Scan Again")
         window.wait_for(lambda: len(window.names("list item")) == 7, "seven days")
@@ -50,6 +56,7 @@ class AccessibilityTree(WindowTestCase):
 
     def test_permission_needed(self):
         window = self.start()
+        window.fill_the_display()
         window.find("push button", "Open Full Disk Access")
         window.find("label", "Messages access: Permission needed")
         self.assert_everything_that_takes_focus_is_named(window)

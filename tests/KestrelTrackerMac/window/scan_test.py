@@ -38,6 +38,7 @@ class WholeScan(WindowTestCase):
     def test_a_year_shows_what_sql_counts(self):
         self.write_history(messages=20_000, days=500)
         window = self.start_ready()
+        window.fill_the_display()
         year = window.find("radio button", "1 year")
         year.press()
         window.wait_for(lambda: year.checked, "the year to be chosen")
@@ -60,12 +61,14 @@ class WholeScan(WindowTestCase):
     def test_an_empty_history_shows_zeros_and_says_so(self):
         self.write_history(messages=0, days=1)
         window = self.start_ready()
+        window.fill_the_display()
         window.find("push button", "Scan Locally").press()
         window.find("label", "No Messages activity was found in the selected window.")
         self.assert_shows(window, [])
 
     def test_without_a_history_permission_is_asked_for(self):
         window = self.start()
+        window.fill_the_display()
         window.find("label", "Full Disk Access is required to read the local Messages database.")
         window.find("label", "Messages access: Permission needed")
         self.write_history(messages=100, days=3)
@@ -75,6 +78,7 @@ class WholeScan(WindowTestCase):
     def test_a_failed_scan_keeps_the_earlier_summary(self):
         self.write_history(messages=500, days=30)
         window = self.start_ready()
+        window.fill_the_display()
         window.find("push button", "Scan Locally").press()
         window.find("push button", "Scan Again")
         tiles = [name for name in window.names("label") if name.startswith("Sent: ")]
@@ -86,9 +90,17 @@ class WholeScan(WindowTestCase):
         window.find("push button", "Scan Again")
         window.wait_for(lambda: error in window.alerts, "the error to be announced")
 
+    def test_the_menu_bar_has_the_command(self):
+        self.write_history(messages=500, days=30)
+        window = self.start_ready()
+        window.find("menu bar", "Tidewell").click()
+        window.find("menu item", "Scan Messages Activity").click()
+        window.find("push button", "Scan Again")
+
     def test_progress_and_result_are_announced(self):
         self.write_history(messages=200_000, days=300)
         window = self.start_ready()
+        window.fill_the_display()
         window.find("push button", "Scan Locally").press()
         window.wait_for(lambda: "Summarizing on this Mac…" in window.alerts, "the progress to be announced")
         window.wait_for(lambda: any("Active days: " in alert for alert in window.alerts),

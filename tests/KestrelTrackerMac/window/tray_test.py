@@ -26,19 +26,18 @@ class Tray(WindowTestCase):
     def open_menu(self):
         icon = wait_until(tray_icon, "the icon in the tray")
         output_of("xdotool", "mousemove", "--window", icon, "8", "8", "click", "3")
-        self.window.find("menu item", "Open Tidewell")
+        return self.window.menu()
 
     def close_window(self):
         key("alt+F4")
         self.window.wait_for(lambda: not self.window.visible, "the window to be hidden")
 
     def choose(self, name):
-        self.open_menu()
-        self.window.find("menu item", name).press()
+        next(item for item in self.open_menu().children if item.name == name).press()
 
     def test_the_menu_has_its_items_in_order(self):
-        self.open_menu()
-        menu = next(node for node in self.window.nodes() if node.role == "popup menu")
+        menu = self.open_menu()
+        self.assertEqual(menu.name, "Tidewell")
         self.assertEqual([(node.role, node.name) for node in menu.children],
                          [("menu item", "Open Tidewell"), ("menu item", "Scan Messages Activity"),
                           ("separator", ""), ("menu item", "Quit Tidewell")])
