@@ -32,7 +32,8 @@ constexpr uint preferReducedMotion = 1;
 using SettingGroups = QMap<QString, QVariantMap>;
 
 QDBusMessage readingCall() {
-  QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, QStringLiteral("ReadAll"));
+  QDBusMessage call =
+      QDBusMessage::createMethodCall(portalService, portalPath, portalSettings, QStringLiteral("ReadAll"));
   call << QStringList{appearanceGroup, desktopGroup};
   return call;
 }
@@ -51,14 +52,15 @@ Appearance::Appearance(QObject* parent) : QObject(parent) {
 
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (bus.isConnected()) {
-    auto* portal = new QDBusServiceWatcher{portalService, bus, QDBusServiceWatcher::WatchForOwnerChange, this};
+    auto* portal =
+        new QDBusServiceWatcher{portalService, bus, QDBusServiceWatcher::WatchForOwnerChange, this};
     connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &Appearance::readPortal);
     connect(portal, &QDBusServiceWatcher::serviceUnregistered, this, &Appearance::forgetPortal);
     bus.connect(portalService, portalPath, portalSettings, QStringLiteral("SettingChanged"), this,
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
 
-    // A portal that runs answers at once, and the window does not start in the wrong scheme. One that the bus has
-    // to start first is not waited for.
+    // A portal that runs answers at once, and the window does not start in the wrong scheme. One that the bus
+    // has to start first is not waited for.
     static constexpr int patience = 200;  // milliseconds
     const bool runs = bus.interface()->isServiceRegistered(portalService);
     const QDBusMessage reply = runs ? bus.call(readingCall(), QDBus::Block, patience) : QDBusMessage{};
@@ -116,7 +118,8 @@ void Appearance::note(const QString& group, const QString& key, const QVariant& 
   const bool isNumber = value.typeId() == QMetaType::UInt;
   if (group == appearanceGroup && key == QLatin1String{"color-scheme"} && isNumber) {
     const uint scheme = value.toUInt();
-    portalDark_ = scheme == preferDark || scheme == preferLight ? std::optional{scheme == preferDark} : std::nullopt;
+    portalDark_ =
+        scheme == preferDark || scheme == preferLight ? std::optional{scheme == preferDark} : std::nullopt;
   } else if (group == appearanceGroup && key == QLatin1String{"reduced-motion"} && isNumber) {
     portalReducedMotion_ = value.toUInt() == preferReducedMotion ? std::optional{true} : std::nullopt;
   } else if (group == desktopGroup && key == QLatin1String{"enable-animations"} &&
