@@ -53,11 +53,11 @@ endfunction()
 
 # A program: a main that wires, and the modules it is made of.
 #
-#   kestrel_program(<target> FOLDER <folder> SOURCES <files> MODULES <targets> [PRIVATE_PACKAGES <targets>])
+#   kestrel_program(<target> FOLDER <folder> SOURCES <files> MODULES <targets>)
 function(kestrel_program target)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER" "SOURCES;MODULES;PRIVATE_PACKAGES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "FOLDER" "SOURCES;MODULES")
   add_executable(${target} ${arg_SOURCES})
-  target_link_libraries(${target} PRIVATE ${arg_MODULES} ${arg_PRIVATE_PACKAGES} kestrel_warnings)
+  target_link_libraries(${target} PRIVATE ${arg_MODULES} kestrel_warnings)
   install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
   kestrel_record_module(${target} "${arg_FOLDER}" "" "${arg_SOURCES}" "${arg_MODULES}")
 endfunction()

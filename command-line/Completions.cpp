@@ -66,10 +66,13 @@ std::string bashCompletion(const std::string& name, const CLI::App& app) {
   script += "  [[ $before == = ]] && before=${COMP_WORDS[COMP_CWORD - 2]}\n";
   script += "  COMPREPLY=()\n";
   script += "  case $before in\n";
-  if (!withPath.empty()) {
-    script += fmt::format("    {})\n      {}\n      return\n      ;;\n", fmt::join(withPath, " | "), files);
-  }
-  script += fmt::format("    {}) return ;;\n  esac\n", fmt::join(withOtherValue, " | "));
+  const auto afterOne = [](const std::vector<std::string>& options, std::string_view action) {
+    return options.empty() ? std::string()
+                           : fmt::format("    {}) {} ;;\n", fmt::join(options, " | "), action);
+  };
+  script += afterOne(withPath, files + "; return");
+  script += afterOne(withOtherValue, "return");
+  script += "  esac\n";
   const std::string options =
       fmt::format("mapfile -t COMPREPLY < <(compgen -W '{}' -- \"$word\")", fmt::join(all, " "));
   script += takesPathByPosition(arguments)

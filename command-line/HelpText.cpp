@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <iterator>
 #include <sstream>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -67,10 +68,16 @@ std::string helpText(const ProgramDescription& description, const CLI::App& app)
     column = std::max(column, argument.synopsis().size() + 4);
   }
   column = std::min(column, widest);
-  text += "\nOptions:\n";
-  for (const Argument& argument : arguments) {
-    text += entry(argument.synopsis(), column, argument.description);
-  }
+  const auto list = [&](std::string_view heading, bool positional) {
+    std::string entries;
+    for (const Argument& argument : arguments) {
+      if (argument.positional == positional) {
+        entries += entry(argument.synopsis(), column, argument.description);
+      }
+    }
+    return entries.empty() ? entries : fmt::format("\n{}:\n{}", heading, entries);
+  };
+  text += list("Arguments", true) + list("Options", false);
 
   text += "\nExit status:\n";
   for (const auto& [status, meaning] : statusMeanings(description)) {

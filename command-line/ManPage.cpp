@@ -44,9 +44,10 @@ std::string upperCase(std::string text) {
 
 std::string manPage(const ProgramDescription& description, const CLI::App& app, std::string_view version) {
   const auto arguments = argumentsOf(app);
-  std::string page = fmt::format(".TH {} 1 \"\" \"Tidewell {}\" \"User Commands\"\n.SH NAME\n{} \\- {}\n",
-                                 literal(upperCase(description.name)), version, literal(description.name),
-                                 literal(description.purpose));
+  // No hyphenation: a hyphen at the end of a line would look like a part of the name that is broken there.
+  std::string page = fmt::format(
+      ".TH {} 1 \"\" \"Tidewell {}\" \"User Commands\"\n.nh\n.SH NAME\n{} \\- {}\n",
+      literal(upperCase(description.name)), version, literal(description.name), literal(description.purpose));
   page += fmt::format(".SH SYNOPSIS\n.B {}\n", literal(description.name));
   for (const std::string& call : usageOf(arguments)) {
     page += literal(call) + '\n';
@@ -56,10 +57,17 @@ std::string manPage(const ProgramDescription& description, const CLI::App& app, 
   for (std::string paragraph; std::getline(details, paragraph);) {
     page += paragraph.empty() ? ".PP\n" : literal(paragraph) + '\n';
   }
-  page += ".SH OPTIONS\n";
-  for (const Argument& argument : arguments) {
-    page += fmt::format(".TP\n.B {}\n{}\n", literal(argument.synopsis()), literal(argument.description));
-  }
+  const auto list = [&](std::string_view heading, bool positional) {
+    std::string entries;
+    for (const Argument& argument : arguments) {
+      if (argument.positional == positional) {
+        entries +=
+            fmt::format(".TP\n.B {}\n{}\n", literal(argument.synopsis()), literal(argument.description));
+      }
+    }
+    return entries.empty() ? entries : fmt::format(".SH {}\n{}", heading, entries);
+  };
+  page += list("ARGUMENTS", true) + list("OPTIONS", false);
   page += ".SH EXIT STATUS\n";
   for (const auto& [status, meaning] : statusMeanings(description)) {
     page += fmt::format(".TP\n.B {}\n{}\n", static_cast<int>(status), literal(meaning));

@@ -1,5 +1,6 @@
 #include <command-line/Program.h>
 
+#include "CommandWords.h"
 #include "Completions.h"
 #include "HelpText.h"
 #include "ManPage.h"
@@ -12,9 +13,12 @@
 #include <CLI/CLI.hpp>
 
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <ctime>
 #include <optional>
+#include <ranges>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -22,6 +26,10 @@ namespace kestrel {
 namespace {
 
 constexpr std::string_view version = TIDEWELL_VERSION;
+
+/// Before the lines of a programming error, which can happen on any thread. Set once, before there is a
+/// second one.
+std::string nameOfThisProcess;
 
 std::optional<std::string> generated(std::string_view kind, const ProgramDescription& description,
                                      const CLI::App& app) {
@@ -55,39 +63,50 @@ void Program::addTimeZoneOption() {
               throw CLI::ValidationError("--timezone",
                                          kestrel::quoted(name) + " is not the name of a time zone");
             }
-            setenv("TZ", name.c_str(), 1);
+            setenv("TZ", name.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): there is one thread yet
             tzset();
           },
-          "The time zone that days and hours are counted in, by its IANA name, such as Europe/Zurich. By "
-          "default "
-          "that of the environment variable TZ, else the system's.")
-      ->type_name("ID");
+          "The time zone that days and hours are counted in, by its IANA name, such as Europe/Zurich.")
+      ->type_name("ID")
+      ->default_str("that of the environment variable TZ, else the system's");
 }
 
 int Program::run(int argc, const char* const* argv,
                  const std::function<std::expected<std::string, Failure>()>& action) {
   reserveStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);
-  setProgrammingErrorEnding([] { std::_Exit(static_cast<int>(ExitStatus::ruleBroken)); });
-  app_.set_help_flag("-h,--help", "Print this text and end.");
-  app_.set_version_flag("--version", fmt::format("{} {}\n", description_.name, version),
-                        "Print the version and end.");
+  nameOfThisProcess = description_.name;
+  setProgrammingErrorEnding([](std::string_view violation) {
+    writeErrorLine(nameOfThisProcess, violation);
+    std::_Exit(static_cast<int>(ExitStatus::ruleBroken));
+  });
+  const CLI::Option* help = app_.add_flag("-h,--help")->description("Print this text and end.");
+  const CLI::Option* versionFlag = app_.add_flag("--version")->description("Print the version and end.");
 
+  const auto wrongUse = [&](std::string_view what) {
+    return std::unexpected(
+        Failure{ExitStatus::wrongUse, fmt::format("{} (see {} --help)", what, description_.name)});
+  };
   const auto result = [&]() -> std::expected<std::string, Failure> {
     if (argc == 3 && std::string_view(argv[1]) == "--generate") {
       if (auto text = generated(argv[2], description_, app_)) {
         return *std::move(text);
       }
     }
+    const CommandWords words(app_, std::span(argv, static_cast<std::size_t>(argc)) | std::views::drop(1));
+    if (words.contain(help)) {
+      return helpText(description_, app_);
+    }
+    if (words.contain(versionFlag)) {
+      return fmt::format("{} {}\n", description_.name, version);
+    }
+    if (words.wrong()) {
+      return wrongUse(*words.wrong());
+    }
     try {
       app_.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-      return helpText(description_, app_);
-    } catch (const CLI::CallForVersion& versionText) {
-      return versionText.what();
     } catch (const CLI::ParseError& error) {
-      return std::unexpected(
-          Failure{ExitStatus::wrongUse, fmt::format("{} (see {} --help)", error.what(), description_.name)});
+      return wrongUse(error.what());
     }
     return action();
   }();

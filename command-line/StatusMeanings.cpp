@@ -9,9 +9,8 @@ std::vector<std::pair<ExitStatus, std::string>> statusMeanings(const ProgramDesc
     meanings.emplace_back(ExitStatus::refused, description.refusal);
   }
   meanings.emplace_back(ExitStatus::wrongUse, "Wrong use of the command line.");
-  meanings.emplace_back(ExitStatus::fileFailed, "A file, or standard output, could not be read or written.");
-  meanings.emplace_back(ExitStatus::ruleBroken,
-                        "The input broke a rule that is taken for granted, such as a sum within 64 bits.");
+  meanings.emplace_back(ExitStatus::fileFailed, description.fileFailure);
+  meanings.emplace_back(ExitStatus::ruleBroken, "A count or sum was too large for 64 bits.");
   return meanings;
 }
 

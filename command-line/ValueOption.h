@@ -1,7 +1,7 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <KestrelKit/foundation/QuotedText.h>
+#include <CLI/CLI.hpp>
 
 #include <optional>
 #include <string>
@@ -23,12 +23,6 @@ CLI::Option* addValueOption(CLI::App& app, const std::string& name, std::optiona
         }
       },
       description);
-}
-
-/// Adds a flag, which takes no value (`--json=false` is wrong use).
-inline CLI::Option* addFlag(CLI::App& app, const std::string& name, bool& given,
-                            const std::string& description) {
-  return app.add_flag(name, given, description)->disable_flag_override();
 }
 
 }  // namespace kestrel

@@ -10,9 +10,11 @@
 
 #include <fmt/format.h>
 #include <sqlite3.h>
+#include <stdlib.h>  // mkdtemp
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <concepts>
 #include <cstddef>
 #include <optional>
@@ -98,9 +100,11 @@ struct Circle {
     for (std::size_t index = 0; index < count; ++index) {
       chats.push_back({{index}, std::nullopt, people[index].service, std::nullopt});
       if (index % 4 == 1) {
-        chats.push_back({groupMembers(chance),
-                         fmt::format("chat{}", 100'000'000'000'000'000 + chance.below(1'000'000'000)),
-                         "iMessage", std::nullopt});
+        chats.push_back(
+            {groupMembers(chance),
+             // The index keeps two rooms from having one number.
+             fmt::format("chat{}", 100'000'000'000'000'000 + chance.below(1'000'000'000) * 1'000 + index),
+             "iMessage", std::nullopt});
       }
     }
   }
@@ -336,23 +340,34 @@ void requireItsRanges(const SampleHistory& history) {
 std::expected<void, std::string> writeSampleHistory(const std::filesystem::path& path,
                                                     const SampleHistory& history) {
   requireItsRanges(history);
+  const auto failed = [&path](std::string_view why) {
+    return std::unexpected(fmt::format("{}: {}", path.string(), why));
+  };
+  constexpr std::string_view alreadyThere = "it already exists";
   std::error_code error;
-  if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) {
-    return std::unexpected(fmt::format("{}: it exists already", path.string()));
+  if (path.empty()) {
+    return std::unexpected("the path is empty");
   }
-  auto partial = path;
-  partial += ".partial";
-  std::filesystem::remove(partial, error);  // A run that was interrupted may have left one.
+  if (std::filesystem::exists(std::filesystem::symlink_status(path, error))) {
+    return failed(alreadyThere);
+  }
+  // A relative path begins with ".", because SQLite would take a name that begins "file:" for a URI.
+  std::string folder = ("." / path).string() + ".partial-XXXXXX";
+  if (!mkdtemp(folder.data())) {
+    return failed(errno == ENOENT ? "its folder does not exist" : std::generic_category().message(errno));
+  }
+  const auto partial = std::filesystem::path(folder) / "history.db";
   auto result = fill(partial.string(), history);
   if (result) {
-    std::filesystem::rename(partial, path, error);
+    // Not renamed, for that would replace what has come to stand there in the meantime.
+    std::filesystem::create_hard_link(partial, path, error);
     if (error) {
-      result = std::unexpected(error.message());
+      result = std::unexpected(error == std::errc::file_exists ? std::string(alreadyThere) : error.message());
     }
   }
+  std::filesystem::remove_all(folder, error);
   if (!result) {
-    std::filesystem::remove(partial, error);
-    return std::unexpected(fmt::format("{}: {}", path.string(), result.error()));
+    return failed(result.error());
   }
   return {};
 }

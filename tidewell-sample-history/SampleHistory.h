@@ -38,9 +38,10 @@ struct SampleHistory {
 /// release, in WAL mode and checkpointed: no side file stays. The triggers, which only the Messages
 /// application can run, are left out.
 ///
-/// The rows are written to `path` with `.partial` appended, which takes the name `path` when it is complete.
-/// Fails with one line that says why where `path` exists or cannot be written. A value of `history` outside
-/// its range is a programming error. Any thread.
+/// The rows are written to a file in a folder of its own beside `path`, which takes the name `path` when it
+/// is complete; nothing that stands there by then is replaced, and nothing but that folder is removed. Needs
+/// a file system with hard links. Fails with one line that says why where `path` exists or cannot be written.
+/// A value of `history` outside its range is a programming error. Any thread.
 [[nodiscard]] std::expected<void, std::string> writeSampleHistory(const std::filesystem::path& path,
                                                                   const SampleHistory& history);
 

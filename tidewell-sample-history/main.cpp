@@ -1,19 +1,17 @@
 #include <KestrelKit/foundation/Instant.h>
 #include <KestrelKit/foundation/TimeZone.h>
 #include <command-line/Failure.h>
-#include <command-line/NumberArgument.h>
 #include <command-line/Program.h>
 #include <command-line/ValueOption.h>
+#include <command-line/WholeNumberArgument.h>
 #include <tidewell-sample-history/SampleHistory.h>
 
-#include <cmath>
 #include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
 using namespace kestrel;
 
@@ -37,11 +35,14 @@ int main(int argc, char** argv) {
       .details =
           "Writes a Messages database of invented people and messages, for trying Tidewell without a history "
           "of "
-          "one's own, for tests and for measuring. The seed decides everything in it but the moment at "
-          "which it ends, which is the present.\n"
+          "one's own, for tests and for measuring. The history ends now. The numbers of messages and days, "
+          "the seed, and the weekday and local time of its end decide everything else in it; local time is "
+          "that "
+          "of the zone in TZ, else the system's.\n"
           "\n"
           "A file that exists is left as it is, and the program ends with status 3.",
       .refusal = "",
+      .fileFailure = "The database, or standard output, could not be written.",
       .example = "tidewell-sample-history sample.db --messages 20000 --days 365 --seed 1",
       .exampleDoes = "Writes a year with twenty thousand messages to the new file sample.db.",
   });

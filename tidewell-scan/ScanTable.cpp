@@ -7,6 +7,8 @@
 #include <fmt/format.h>
 #include <unicode/locid.h>
 #include <unicode/numberformatter.h>
+#include <unicode/uchar.h>
+#include <unicode/unistr.h>
 #include <unicode/utypes.h>
 
 #include <algorithm>
@@ -24,13 +26,7 @@ using Row = std::array<std::string, 6>;
 /// Numbers as the user writes them.
 class Numbers {
  public:
-  explicit Numbers(std::string_view locale) {
-    const auto language = locale.substr(0, locale.find('.'));
-    const bool plain = language.empty() || language == "C" || language == "POSIX";
-    const auto named =
-        plain ? icu::Locale("en", "US", "POSIX") : icu::Locale::createCanonical(std::string(locale).c_str());
-    format_ = icu::number::NumberFormatter::withLocale(named);
-  }
+  explicit Numbers(std::string_view locale) : format_(formatOf(locale)) {}
 
   std::string whole(std::int64_t number) const {
     UErrorCode status = U_ZERO_ERROR;
@@ -44,19 +40,42 @@ class Numbers {
   }
 
  private:
+  using Format = icu::number::LocalizedNumberFormatter;
+
+  /// The way of `locale`, the plain one where that is none or one that ICU does not know (`@numbers=bogus`):
+  /// it says so when it formats.
+  static Format formatOf(std::string_view locale) {
+    const auto language = locale.substr(0, locale.find('.'));
+    if (!language.empty() && language != "C" && language != "POSIX") {
+      const auto format =
+          icu::number::NumberFormatter::withLocale(icu::Locale::createCanonical(std::string(locale).c_str()));
+      UErrorCode status = U_ZERO_ERROR;
+      format.formatInt(0, status);
+      if (U_SUCCESS(status)) {
+        return format;
+      }
+    }
+    return icu::number::NumberFormatter::withLocale(icu::Locale("en", "US", "POSIX"));
+  }
+
   static std::string text(const icu::number::FormattedNumber& number, UErrorCode& status) {
     std::string result;
     number.toString(status).toUTF8String(result);
     return result;
   }
 
-  icu::number::LocalizedNumberFormatter format_;
+  Format format_;
 };
 
-/// How many columns `text` takes, all of its characters being digits, letters and the like.
-std::size_t width(std::string_view text) {
-  return static_cast<std::size_t>(std::ranges::count_if(
-      text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+/// How many columns of a terminal `text` takes: a character of East Asian width takes two.
+std::size_t width(const std::string& text) {
+  const auto characters = icu::UnicodeString::fromUTF8(text);
+  std::size_t columns = 0;
+  for (std::int32_t index = 0; index < characters.length(); index = characters.moveIndex32(index, 1)) {
+    const auto kind = u_getIntPropertyValue(characters.char32At(index), UCHAR_EAST_ASIAN_WIDTH);
+    columns += kind == U_EA_WIDE || kind == U_EA_FULLWIDTH ? 2 : 1;
+  }
+  return columns;
 }
 
 std::string dayKey(std::optional<Instant> instant) {
@@ -78,9 +97,9 @@ std::string scanTable(const MessagesScanSummary& summary, std::string_view local
   const Numbers numbers(locale);
   // Not "from … to …": what is dated after the instant of the scan counts, too.
   std::string text =
-      fmt::format("Messages activity since {}, {} {} before {}\n\n",
+      fmt::format("Messages activity since {} (the last {} before {})\n\n",
                   dayKey(Calendar::current().addingDays(summary.scannedAt, -summary.requestedDays)),
-                  numbers.whole(summary.requestedDays), summary.requestedDays == 1 ? "day" : "days",
+                  summary.requestedDays == 1 ? "day" : numbers.whole(summary.requestedDays) + " days",
                   dayKey(summary.scannedAt));
   if (summary.daily.empty()) {
     return text + "No Messages activity was found in the selected window.\n";
@@ -94,7 +113,7 @@ std::string scanTable(const MessagesScanSummary& summary, std::string_view local
   }
   // A conversation that goes on for days is one, and an average of averages none: these columns have no
   // total.
-  rows.push_back({fmt::format("{} {}", numbers.whole(static_cast<std::int64_t>(summary.daily.size())),
+  rows.push_back({fmt::format("{} active {}", numbers.whole(static_cast<std::int64_t>(summary.daily.size())),
                               summary.daily.size() == 1 ? "day" : "days"),
                   numbers.whole(total(summary, &MessageDayAggregate::sentCount)),
                   numbers.whole(total(summary, &MessageDayAggregate::receivedCount)), "",

@@ -8,9 +8,9 @@
 #include <KestrelTrackerMac/reading/MessagesScanError.h>
 #include <KestrelTrackerMac/reading/MessagesScanSummary.h>
 #include <command-line/Failure.h>
-#include <command-line/NumberArgument.h>
 #include <command-line/Program.h>
 #include <command-line/ValueOption.h>
+#include <command-line/WholeNumberArgument.h>
 #include <tidewell-scan/ScanTable.h>
 
 #include <algorithm>
@@ -66,18 +66,19 @@ int main(int argc, char** argv) {
   Program program({
       .name = "tidewell-scan",
       .purpose = "count the activity of each day in the Messages database",
-      .details = "Reads the Messages database once and prints, for each day with a message: messages sent "
-                 "and received, "
-                 "active conversations, messages between midnight and five, and the average length of a "
-                 "text. It reads "
-                 "no more of a text than its length, writes no file and opens no network connection.\n"
-                 "\n"
-                 "Days are those of the user's calendar: that of the locale in LC_ALL, LC_TIME or LANG, in "
-                 "the time zone "
-                 "in TZ, else the system's.",
+      .details =
+          "Reads the Messages database once and prints, for each day with a message: messages sent and "
+          "received, active conversations, messages between midnight and five, and the average length of "
+          "a text. It reads no more of a text than its length, writes no file and opens no network "
+          "connection.\n"
+          "\n"
+          "Days are those of the user's calendar, which is that of the locale in LC_ALL, LC_TIME or LANG, "
+          "in the time zone of the run. The digits of the table follow the locale in LC_ALL, LC_NUMERIC "
+          "or LANG.",
       .refusal = "The database could not be scanned, or the number of days is not one from 1 to 365.",
+      .fileFailure = "Standard output could not be written.",
       .example = "tidewell-scan --days 30 --json --pretty",
-      .exampleDoes = "Prints the last thirty days as a JSON document that is indented.",
+      .exampleDoes = "Prints the last thirty days as indented JSON.",
   });
   std::optional<double> days;
   std::optional<Instant> now;
@@ -93,17 +94,20 @@ int main(int argc, char** argv) {
   auto* nowOption =
       addValueOption(arguments, "--now", now, instantFromIso8601, "an instant such as 2024-05-01T08:30:00Z",
                      "The instant to look back from, in ISO 8601 with a zone, such as 2024-05-01T08:30:00Z "
-                     "or 2024-05-01T10:30:00+02:00. By default the present.")
-          ->type_name("T");
-  arguments
-      .add_option("--database", database,
-                  "The Messages database to read. By default Library/Messages/chat.db in the home folder.")
-      ->type_name("PATH");
+                     "or 2024-05-01T10:30:00+02:00.")
+          ->type_name("T")
+          ->default_str("now");
+  arguments.add_option("--database", database, "The Messages database to read.")
+      ->type_name("PATH")
+      ->default_str("Library/Messages/chat.db in the home folder");
   program.addTimeZoneOption();
-  auto* jsonOption = addFlag(arguments, "--json", json, "Print one line of JSON instead of a table.");
-  addFlag(arguments, "--pretty", pretty, "Indent the JSON by two spaces.")->needs(jsonOption);
-  addFlag(arguments, "--check-access", checkAccess,
-          "Only print whether the database can be opened: ready, needsFullDiskAccess or unavailable.")
+  auto* jsonOption = arguments.add_flag("--json", json, "Print one line of JSON instead of a table.");
+  arguments.add_flag("--pretty", pretty, "With --json: indent it by two spaces.")->needs(jsonOption);
+  arguments
+      .add_flag("--check-access", checkAccess,
+                "Only print whether the database can be opened: ready, needsFullDiskAccess or unavailable. "
+                "Does not go "
+                "with --days, --now or --json.")
       ->excludes(daysOption, nowOption, jsonOption);
 
   return program.run(argc, argv, [&]() -> std::expected<std::string, Failure> {

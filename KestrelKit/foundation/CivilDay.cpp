@@ -1,3 +1,5 @@
+#include "TextForm.h"
+
 #include <KestrelKit/foundation/CivilDay.h>
 
 #include <fmt/format.h>
@@ -11,21 +13,6 @@ namespace {
 constexpr std::chrono::year firstYear{1};
 constexpr std::chrono::year lastYear{9999};
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-
-constexpr bool hasForm(std::string_view text) noexcept {
-  constexpr std::string_view form = "0000-00-00";
-  if (text.size() != form.size()) {
-    return false;
-  }
-  for (std::size_t place = 0; place < form.size(); ++place) {
-    if (form[place] == '-' ? text[place] != '-' : !isDigit(text[place])) {
-      return false;
-    }
-  }
-  return true;
-}
-
 unsigned numberAt(std::string_view text, std::size_t place, std::size_t digits) noexcept {
   unsigned number = 0;
   std::from_chars(text.data() + place, text.data() + place + digits, number);
@@ -35,7 +22,7 @@ unsigned numberAt(std::string_view text, std::size_t place, std::size_t digits) 
 }  // namespace
 
 std::optional<std::chrono::year_month_day> civilDayFromText(std::string_view text) noexcept {
-  if (!hasForm(text)) {
+  if (!hasForm(text, "0000-00-00", isDigit)) {
     return std::nullopt;
   }
   const std::chrono::year_month_day day{std::chrono::year{static_cast<int>(numberAt(text, 0, 4))},

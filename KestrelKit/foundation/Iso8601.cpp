@@ -1,3 +1,5 @@
+#include "TextForm.h"
+
 #include <KestrelKit/foundation/CivilDay.h>
 #include <KestrelKit/foundation/Iso8601.h>
 
@@ -5,7 +7,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstddef>
 
 namespace kestrel {
 namespace {
@@ -18,8 +19,7 @@ constexpr sys_seconds end = sys_days{year{10000} / January / 1};
 
 // The two digits at the start of `text`, at most `most`; they are taken from it.
 std::optional<int> takeNumber(std::string_view& text, int most) noexcept {
-  const auto isDigit = [&](std::size_t place) { return text[place] >= '0' && text[place] <= '9'; };
-  if (text.size() < 2 || !isDigit(0) || !isDigit(1)) {
+  if (text.size() < 2 || !isDigit(text[0]) || !isDigit(text[1])) {
     return std::nullopt;
   }
   const int number = 10 * (text[0] - '0') + (text[1] - '0');

@@ -5,6 +5,7 @@
 #include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/foundation/Record.h>
 
 #include <expected>
 #include <optional>

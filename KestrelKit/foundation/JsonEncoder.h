@@ -4,6 +4,7 @@
 #include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/JsonWriter.h>
+#include <KestrelKit/foundation/Record.h>
 
 #include <expected>
 #include <string>

@@ -1,13 +1,11 @@
 #pragma once
 
 #include <KestrelKit/foundation/Instant.h>
-#include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/JsonWriter.h>
 #include <KestrelKit/foundation/RawEnumeration.h>
 #include <KestrelKit/foundation/Uuid.h>
 
-#include <concepts>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -55,32 +53,6 @@ template <>
 struct JsonForm<std::string> {
   static std::optional<std::string> read(JsonReader& value);
   static void write(JsonWriter& writer, std::string_view value) { writer.text(value); }
-};
-
-/// A plain struct that declares its fields; Record.h says how.
-template <class T>
-concept Record = std::default_initializable<T> && requires {
-  { T::jsonFields() } -> std::same_as<JsonFields>;
-};
-
-/// Reads the object at `value` into `record`, a fresh one of the type that declares `fields`; false when
-/// something was wrong, and noted.
-bool readFields(JsonReader& value, JsonFields fields, void* record);
-
-/// Writes `record`, of the type that declares `fields`, as an object.
-void writeFields(JsonWriter& writer, JsonFields fields, const void* record);
-
-template <Record T>
-struct JsonForm<T> {
-  static std::optional<T> read(JsonReader& value) {
-    std::optional<T> record{std::in_place};
-    if (!readFields(value, T::jsonFields(), &*record)) {
-      record.reset();
-    }
-    return record;
-  }
-
-  static void write(JsonWriter& writer, const T& record) { writeFields(writer, T::jsonFields(), &record); }
 };
 
 /// As the coder's date strategy has it.

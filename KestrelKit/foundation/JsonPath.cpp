@@ -1,4 +1,5 @@
 #include "JsonPath.h"
+#include "TextForm.h"
 
 #include <KestrelKit/foundation/QuotedText.h>
 
@@ -10,7 +11,6 @@ namespace {
 constexpr bool isLetter(char c) noexcept {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
 }
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 constexpr bool isIdentifier(std::string_view text) noexcept {
   return !text.empty() && isLetter(text.front()) &&

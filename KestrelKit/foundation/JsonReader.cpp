@@ -1,4 +1,5 @@
 #include "JsonPath.h"
+#include "TextForm.h"
 
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/ProgrammingError.h>
@@ -27,7 +28,6 @@ namespace {
 
 constexpr std::size_t deepest = 512;
 
-constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
 constexpr std::string_view withoutTrailingBlanks(std::string_view token) noexcept {

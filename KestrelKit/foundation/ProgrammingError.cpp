@@ -7,13 +7,17 @@
 namespace kestrel {
 namespace {
 
-std::atomic<ProgrammingErrorEnding> chosenEnding{&std::abort};
+void abortWithALine(std::string_view violation) {
+  std::fprintf(stderr, "programming error: %.*s\n", static_cast<int>(violation.size()), violation.data());
+  std::abort();
+}
+
+std::atomic<ProgrammingErrorEnding> chosenEnding{&abortWithALine};
 
 }  // namespace
 
 void programmingError(std::string_view violation) noexcept {
-  std::fprintf(stderr, "programming error: %.*s\n", static_cast<int>(violation.size()), violation.data());
-  chosenEnding.load()();
+  chosenEnding.load()(violation);
   std::abort();
 }
 

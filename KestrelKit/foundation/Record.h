@@ -5,12 +5,14 @@
 #include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/JsonWriter.h>
 
+#include <concepts>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 namespace kestrel {
 
-/// How a record declares its fields. Its header has the struct with
+/// A plain struct that declares its fields. Its header has the struct with
 ///
 ///     static JsonFields jsonFields();
 ///
@@ -28,6 +30,11 @@ namespace kestrel {
 /// Encoding, decoding, the order of keys and the paths of errors come from that list. Whether a field is
 /// required is its type's affair: a `std::optional` may be left out. Unknown keys are ignored; of a repeated
 /// key the last stands. At most 64 fields.
+template <class T>
+concept Record = std::default_initializable<T> && requires {
+  { T::jsonFields() } -> std::same_as<JsonFields>;
+};
+
 namespace record_detail {
 
 template <class Owner, class Type>
@@ -65,5 +72,25 @@ consteval JsonField field(std::string_view key) {
       .mayBeLeftOut = mayBeLeftOut,
   };
 }
+
+/// Reads the object at `value` into `record`, a fresh one of the type that declares `fields`; false when
+/// something was wrong, and noted.
+bool readFields(JsonReader& value, JsonFields fields, void* record);
+
+/// Writes `record`, of the type that declares `fields`, as an object.
+void writeFields(JsonWriter& writer, JsonFields fields, const void* record);
+
+template <Record T>
+struct JsonForm<T> {
+  static std::optional<T> read(JsonReader& value) {
+    std::optional<T> record{std::in_place};
+    if (!readFields(value, T::jsonFields(), &*record)) {
+      record.reset();
+    }
+    return record;
+  }
+
+  static void write(JsonWriter& writer, const T& record) { writeFields(writer, T::jsonFields(), &record); }
+};
 
 }  // namespace kestrel

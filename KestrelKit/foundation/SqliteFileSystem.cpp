@@ -1,37 +1,96 @@
 #include <KestrelKit/foundation/SqliteFileSystem.h>
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace kestrel {
 namespace {
 
-/// The platform's file system, and SQLite's own one in memory. Set once, before the file system below is registered.
+/// The platform's file system, and SQLite's own one in memory. Set once, before the file system below is
+/// registered.
 sqlite3_vfs* platform = nullptr;
 sqlite3_vfs* memory = nullptr;
 
-/// Whether `file` is a database (https://www.sqlite.org/fileformat2.html, 1.3) that ends within a page.
-bool isCutOff(sqlite3_file* file) {
+// The formats below: https://www.sqlite.org/fileformat2.html, sections 1.3 (header of a database) and 4.1
+// (its log).
+
+std::uint32_t bigEndian(std::span<const unsigned char, 4> bytes) {
+  return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 |
+         bytes[3];
+}
+
+/// Whether a write-ahead log has a whole frame of page `page` since it was begun anew the last time.
+bool logHolds(const char* path, sqlite3_int64 page, int pageSize) {
+  const int log = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (log < 0) {
+    return false;
+  }
+  constexpr std::size_t saltSize = 8;
+  std::array<unsigned char, 32> header{};
+  std::array<unsigned char, 24> frame{};
+  const auto readsAt = [log](off_t offset, std::span<unsigned char> bytes) {
+    return pread(log, bytes.data(), bytes.size(), offset) == static_cast<ssize_t>(bytes.size());
+  };
+  struct stat status {};
+  bool found = false;
+  if (fstat(log, &status) == 0 && readsAt(0, header)) {
+    const off_t frameSize = static_cast<off_t>(frame.size()) + pageSize;
+    for (off_t at = header.size(); !found && at + frameSize <= status.st_size && readsAt(at, frame);
+         at += frameSize) {
+      const std::span<const unsigned char> salt = std::span(frame).subspan<8, saltSize>();
+      found = bigEndian(std::span(frame).first<4>()) == page &&
+              std::ranges::equal(salt, std::span(header).subspan<16, saltSize>());
+    }
+  }
+  close(log);
+  return found;
+}
+
+/// Whether `file` is a database that ends within a page, which no log completes: a checkpoint that was
+/// interrupted leaves such a file, and loses nothing.
+bool isCutOff(sqlite3_file* file, sqlite3_filename name) {
   constexpr std::string_view magic("SQLite format 3\0", 16);
-  std::array<char, 18> header{};
+  std::array<unsigned char, 20> header{};
   sqlite3_int64 size = 0;
   if (file->pMethods->xFileSize(file, &size) != SQLITE_OK ||
       file->pMethods->xRead(file, header.data(), header.size(), 0) != SQLITE_OK ||
-      !std::string_view(header.data(), header.size()).starts_with(magic)) {
+      !std::ranges::equal(std::span(header).first<magic.size()>(), magic)) {
     return false;
   }
-  const int written = static_cast<unsigned char>(header[16]) << 8 | static_cast<unsigned char>(header[17]);
-  const int pageSize = written == 1 ? 65'536 : written;
-  return pageSize > 0 && size % pageSize != 0;
+  const unsigned written = unsigned{header[16]} << 8 | header[17];
+  const unsigned pageSize = written == 1 ? 65'536 : written;
+  if (pageSize < 512 || !std::has_single_bit(pageSize) || size % pageSize == 0) {
+    return false;  // SQLite refuses any other size by itself
+  }
+  constexpr unsigned char readThroughLog = 2;
+  return header[19] != readThroughLog ||
+         !logHolds(sqlite3_filename_wal(name), size / pageSize + 1, static_cast<int>(pageSize));
+}
+
+/// Whether a pipe, a socket or a device stands at `name`. Opening a pipe would wait for a writer.
+bool isNeitherFileNorFolder(sqlite3_filename name) {
+  struct stat status {};
+  return stat(name, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
 int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int* outFlags) {
+  file->pMethods = nullptr;
+  if (name && isNeitherFileNorFolder(name)) {
+    return SQLITE_CANTOPEN;
+  }
   sqlite3_vfs* const responsible = name ? platform : memory;
   const int result = responsible->xOpen(responsible, name, file, flags, outFlags);
   constexpr int readOnlyDatabase = SQLITE_OPEN_MAIN_DB | SQLITE_OPEN_READONLY;
-  if (result == SQLITE_OK && (flags & readOnlyDatabase) == readOnlyDatabase && isCutOff(file)) {
+  if (result == SQLITE_OK && (flags & readOnlyDatabase) == readOnlyDatabase && isCutOff(file, name)) {
     file->pMethods->xClose(file);
     file->pMethods = nullptr;
     return SQLITE_CORRUPT;
@@ -39,7 +98,8 @@ int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int
   return result;
 }
 
-// Each function of a file system is told which one it belongs to, so the platform's are called with the platform's.
+// Each function of a file system is told which one it belongs to, so the platform's are called with the
+// platform's.
 sqlite3_vfs ourFileSystem() {
   return {
       .iVersion = 2,
@@ -49,16 +109,19 @@ sqlite3_vfs ourFileSystem() {
       .zName = "kestrel",
       .pAppData = nullptr,
       .xOpen = open,
-      .xDelete = [](sqlite3_vfs*, const char* name, int sync) { return platform->xDelete(platform, name, sync); },
+      .xDelete = [](sqlite3_vfs*, const char* name,
+                    int sync) { return platform->xDelete(platform, name, sync); },
       .xAccess = [](sqlite3_vfs*, const char* name, int flags,
                     int* result) { return platform->xAccess(platform, name, flags, result); },
       .xFullPathname = [](sqlite3_vfs*, const char* name, int size,
                           char* result) { return platform->xFullPathname(platform, name, size, result); },
       .xDlOpen = [](sqlite3_vfs*, const char* name) { return platform->xDlOpen(platform, name); },
       .xDlError = [](sqlite3_vfs*, int size, char* message) { platform->xDlError(platform, size, message); },
-      .xDlSym = [](sqlite3_vfs*, void* library, const char* name) { return platform->xDlSym(platform, library, name); },
+      .xDlSym = [](sqlite3_vfs*, void* library,
+                   const char* name) { return platform->xDlSym(platform, library, name); },
       .xDlClose = [](sqlite3_vfs*, void* library) { platform->xDlClose(platform, library); },
-      .xRandomness = [](sqlite3_vfs*, int size, char* bytes) { return platform->xRandomness(platform, size, bytes); },
+      .xRandomness = [](sqlite3_vfs*, int size,
+                        char* bytes) { return platform->xRandomness(platform, size, bytes); },
       .xSleep = [](sqlite3_vfs*, int microseconds) { return platform->xSleep(platform, microseconds); },
       .xCurrentTime = [](sqlite3_vfs*, double* day) { return platform->xCurrentTime(platform, day); },
       .xGetLastError = [](sqlite3_vfs*, int size,

@@ -1,30 +1,15 @@
+#include "TextForm.h"
+
 #include <KestrelKit/foundation/Uuid.h>
 
 #include <boost/uuid/string_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
 
-#include <cstddef>
-
 namespace kestrel {
 namespace {
 
-constexpr std::string_view form = "00000000-0000-0000-0000-000000000000";
-
 constexpr bool isHexDigit(char c) noexcept {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-// The generator takes braces and other groupings too, and throws; what passes here it always takes.
-constexpr bool hasForm(std::string_view text) noexcept {
-  if (text.size() != form.size()) {
-    return false;
-  }
-  for (std::size_t place = 0; place < form.size(); ++place) {
-    if (form[place] == '-' ? text[place] != '-' : !isHexDigit(text[place])) {
-      return false;
-    }
-  }
-  return true;
+  return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
 }  // namespace
@@ -40,7 +25,8 @@ std::string uuidText(const Uuid& uuid) {
 }
 
 std::optional<Uuid> uuidFromText(std::string_view text) noexcept {
-  if (!hasForm(text)) {
+  // The generator takes braces and other groupings too, and throws; what passes here it always takes.
+  if (!hasForm(text, "00000000-0000-0000-0000-000000000000", isHexDigit)) {
     return std::nullopt;
   }
   return boost::uuids::string_generator{}(text.begin(), text.end());

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <iterator>
 
 namespace kestrel {
 namespace {

@@ -11,7 +11,7 @@ namespace kestrel::companion {
 struct MessageActivitySample {
   Instant timestamp;  ///< When the message was sent or received.
   bool isFromMe = false;
-  std::int64_t conversationID = 0;         ///< The smallest chat it belongs to, or its own row number negated.
+  std::int64_t conversationID = 0;  ///< The smallest chat it belongs to, or its own row number negated.
   std::optional<std::int64_t> textLength;  ///< Characters; absent where there is no text.
 
   bool operator==(const MessageActivitySample&) const = default;

@@ -14,8 +14,8 @@
 
 namespace kestrel::companion {
 
-/// Folds messages into one record for each day of a calendar. Conversations are only counted; who they were with
-/// does not leave the builder. Not for several threads at once.
+/// Folds messages into one record for each day of a calendar. Conversations are only counted; who they were
+/// with does not leave the builder. Not for several threads at once.
 class MessagesAggregateBuilder {
  public:
   /// `calendar` and its time zone decide on which day a message falls.
@@ -24,8 +24,8 @@ class MessagesAggregateBuilder {
   MessagesAggregateBuilder(const MessagesAggregateBuilder&) = delete;
   MessagesAggregateBuilder& operator=(const MessagesAggregateBuilder&) = delete;
 
-  /// Counts `sample` on its day. One whose time the calendar cannot name is ignored. Cheap as long as neighbours
-  /// come from the same hour. A count or a sum beyond 64 bits is a programming error.
+  /// Counts `sample` on its day. One whose time the calendar cannot name is ignored. Cheap as long as
+  /// neighbours come from the same hour. A count or a sum beyond 64 bits is a programming error.
   void add(const MessageActivitySample& sample);
 
   /// One record for each day with a sample, ascending by date.

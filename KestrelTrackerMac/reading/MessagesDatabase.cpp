@@ -1,7 +1,6 @@
 #include <KestrelKit/foundation/Calendar.h>
 #include <KestrelKit/foundation/SqliteFileSystem.h>
 #include <KestrelKit/foundation/SqliteHandles.h>
-#include <KestrelTrackerMac/reading/MessageActivitySample.h>
 #include <KestrelTrackerMac/reading/MessagesAggregateBuilder.h>
 #include <KestrelTrackerMac/reading/MessagesDatabase.h>
 #include <KestrelTrackerMac/reading/MessagesQuery.h>
@@ -10,7 +9,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <cmath>
+#include <chrono>
 #include <cstdlib>
 #include <exception>
 #include <string>
@@ -32,38 +31,24 @@ bool isVisible(const std::filesystem::path& path) {
 /// Opens the database read-only: the connection, where there is one, and SQLite's result.
 std::pair<SqliteConnection, int> open(const std::filesystem::path& path) {
   sqlite3* connection = nullptr;
+  const std::filesystem::path name = "." / path;  // a name that begins "file:" would be taken for a URI
   const int result =
-      sqlite3_open_v2(path.c_str(), &connection, SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX, nullptr);
+      sqlite3_open_v2(name.c_str(), &connection, SQLITE_OPEN_READONLY | SQLITE_OPEN_FULLMUTEX, nullptr);
   return {SqliteConnection(connection), result};
 }
 
 bool lacksPermission(int openResult) { return openResult == SQLITE_CANTOPEN || openResult == SQLITE_AUTH; }
 
-/// A date of the database: seconds in older rows, nanoseconds in newer ones.
-Instant instantOf(double date) {
-  constexpr double mostSeconds = 1e12;
-  constexpr double nanosecondsPerSecond = 1e9;
-  return instantSinceReferenceDate(std::abs(date) > mostSeconds ? date / nanosecondsPerSecond : date);
-}
-
-MessageActivitySample sampleOf(sqlite3_stmt* row) {
-  MessageActivitySample sample;
-  sample.timestamp = instantOf(sqlite3_column_double(row, MessagesQuery::date));
-  if (sqlite3_column_type(row, MessagesQuery::textLength) != SQLITE_NULL) {
-    sample.textLength = sqlite3_column_int64(row, MessagesQuery::textLength);
-  }
-  sample.isFromMe = sqlite3_column_int(row, MessagesQuery::isFromMe) != 0;
-  sample.conversationID = sqlite3_column_int64(row, MessagesQuery::conversation);
-  return sample;
-}
-
-std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem::path& path, std::int64_t days,
-                                                           Instant now) {
-  if (days < leastDays || days > mostDays || !installSqliteFileSystem()) {
+std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem::path& path,
+                                                           std::int64_t days, Instant now) {
+  if (days < leastDays || days > mostDays) {
     return std::unexpected(MessagesScanError::queryFailed);
   }
   if (!isVisible(path)) {
     return std::unexpected(MessagesScanError::accessRequired);
+  }
+  if (!installSqliteFileSystem()) {
+    return std::unexpected(MessagesScanError::databaseUnavailable);
   }
   const auto [connection, openResult] = open(path);
   if (openResult != SQLITE_OK || !connection) {
@@ -80,14 +65,13 @@ std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem
   }
 
   const Calendar calendar = Calendar::current();
-  const Instant cutoff =
-      calendar.addingDays(now, -days).value_or(now - std::chrono::days(days));
+  const Instant cutoff = calendar.addingDays(now, -days).value_or(now - std::chrono::days(days));
   sqlite3_bind_double(statement.get(), 1, secondsSinceReferenceDate(cutoff));
 
   MessagesAggregateBuilder builder(calendar);
   int step = SQLITE_OK;
   while ((step = sqlite3_step(statement.get())) == SQLITE_ROW) {
-    builder.add(sampleOf(statement.get()));
+    builder.add(MessagesQuery::sample(statement.get()));
   }
   if (step != SQLITE_DONE) {
     return std::unexpected(MessagesScanError::queryFailed);
@@ -112,17 +96,18 @@ std::filesystem::path defaultMessagesDatabase() {
 }
 
 MessagesAccessState probeMessagesAccess(const std::filesystem::path& path) noexcept {
-  if (!installSqliteFileSystem()) {
-    return MessagesAccessState::unavailable;
-  }
   if (!isVisible(path)) {
     return MessagesAccessState::needsFullDiskAccess;
+  }
+  if (!installSqliteFileSystem()) {
+    return MessagesAccessState::unavailable;
   }
   const auto [connection, result] = open(path);
   if (result == SQLITE_OK) {
     return MessagesAccessState::ready;
   }
-  return lacksPermission(result) ? MessagesAccessState::needsFullDiskAccess : MessagesAccessState::unavailable;
+  return lacksPermission(result) ? MessagesAccessState::needsFullDiskAccess
+                                 : MessagesAccessState::unavailable;
 }
 
 std::expected<MessagesScanSummary, MessagesScanError> scanMessages(const std::filesystem::path& path,

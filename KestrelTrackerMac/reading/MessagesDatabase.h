@@ -11,15 +11,17 @@
 
 namespace kestrel::companion {
 
-/// The Messages database of the current user: `Library/Messages/chat.db` in the home directory, which is `$HOME`
-/// where it is set, else the user database's entry.
+/// The Messages database of the current user: `Library/Messages/chat.db` in the home directory, which is
+/// `$HOME` where it is set, else the user database's entry.
 std::filesystem::path defaultMessagesDatabase();
 
-/// Whether the database at `path` can be opened read-only. Runs no query, blocks on the file system; any thread.
+/// Whether the database at `path` can be opened read-only. Runs no query, blocks on the file system; any
+/// thread.
 MessagesAccessState probeMessagesAccess(const std::filesystem::path& path) noexcept;
 
-/// Reads the `days` days before `now` from the database at `path` and reduces them to one aggregate a day, in the
-/// user's current calendar. Blocks until the last row is read; any thread, any number of scans at once.
+/// Reads what the database at `path` holds from `days` calendar days before `now` onward, and reduces it to
+/// one aggregate a day, in the user's current calendar. Blocks until the last row is read; any thread, any
+/// number of scans at once.
 std::expected<MessagesScanSummary, MessagesScanError> scanMessages(const std::filesystem::path& path,
                                                                    std::int64_t days, Instant now) noexcept;
 

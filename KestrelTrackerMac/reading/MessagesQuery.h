@@ -1,5 +1,9 @@
 #pragma once
 
+#include <KestrelTrackerMac/reading/MessageActivitySample.h>
+
+struct sqlite3_stmt;
+
 namespace kestrel::companion {
 
 /// The one query that is ever run on the Messages database. Its parameter is the cutoff in seconds since the
@@ -25,6 +29,9 @@ struct MessagesQuery {
 
   /// Its columns, but for the first: the row number is there for the grouping only.
   enum Column { date = 1, isFromMe, conversation, textLength };
+
+  /// What the row that `statement` stands on says. On the thread that steps it.
+  static MessageActivitySample sample(sqlite3_stmt* statement);
 };
 
 }  // namespace kestrel::companion

@@ -1,28 +1,38 @@
 #include <KestrelKit/foundation/ProgrammingError.h>
 #include <command-line/Failure.h>
 #include <command-line/Program.h>
-#include <command-line/ValueOption.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <CLI/CLI.hpp>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <expected>
 #include <functional>
 #include <initializer_list>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrel {
 namespace {
 
+using testing::EndsWith;
 using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 using Action = std::function<std::expected<std::string, Failure>()>;
+
+const ProgramDescription nameAlone{.name = "sample",
+                                   .purpose = "",
+                                   .details = "",
+                                   .refusal = "",
+                                   .fileFailure = "",
+                                   .example = "",
+                                   .exampleDoes = ""};
 
 struct Result {
   int status;
@@ -32,18 +42,19 @@ struct Result {
 
 /// Runs a program with a zone, a number and a flag in this process.
 Result run(
-    std::initializer_list<const char*> words, const Action& action = [] { return "done\n"; }) {
+    const std::vector<const char*>& words, const Action& action = [] { return "done\n"; }) {
   Program program({.name = "sample",
                    .purpose = "try the command line",
                    .details = "One paragraph.\n\nAnother.",
                    .refusal = "It was refused.",
+                   .fileFailure = "It could not be written.",
                    .example = "sample --loud",
                    .exampleDoes = "Says it loudly."});
   bool loud = false;
   program.addTimeZoneOption();
-  addFlag(program.arguments(), "--loud", loud, "Be loud.");
+  program.arguments().add_flag("--loud", loud, "Be loud.");
   std::vector<const char*> arguments{"sample"};
-  arguments.insert(arguments.end(), words);
+  arguments.insert(arguments.end(), words.begin(), words.end());
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   const int status = program.run(static_cast<int>(arguments.size()), arguments.data(), action);
@@ -66,15 +77,100 @@ TEST(Program, writesAFailureAsOneLineAndNothingToStandardOutput) {
   EXPECT_EQ(result.errors, "sample: a\\u000Ab\\u0009c\\u007F: gone\n");
 }
 
-TEST(Program, doesNotRunItsActionOnWrongUse) {
-  const auto result = run({"--lout"}, [] -> std::expected<std::string, Failure> {
+/// What is said of `words`, between the program's name and the hint at the help.
+std::string wrongUse(std::initializer_list<const char*> words) {
+  const auto result = run(words, [] -> std::expected<std::string, Failure> {
     ADD_FAILURE() << "the action ran";
     return "";
   });
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.output, "");
-  EXPECT_THAT(result.errors, StartsWith("sample: "));
-  EXPECT_THAT(result.errors, HasSubstr("--lout"));
+  const std::string begin = "sample: ";
+  const std::string end = " (see sample --help)\n";
+  EXPECT_THAT(result.errors, StartsWith(begin));
+  EXPECT_THAT(result.errors, EndsWith(end));
+  return result.errors.substr(begin.size(), result.errors.size() - begin.size() - end.size());
+}
+
+TEST(Program, saysWhatIsWrongOfItsWordsTheFirst) {
+  EXPECT_EQ(wrongUse({"b", "a", "--lout"}), R"("b" is not expected)");
+  EXPECT_EQ(wrongUse({"--lout=5", "b"}), R"("--lout=5" is not expected)");
+  EXPECT_EQ(wrongUse({""}), R"("" is not expected)");
+  EXPECT_EQ(wrongUse({"-"}), R"("-" is not expected)");
+  EXPECT_EQ(wrongUse({"-h5"}), R"("-h5" is not expected)");
+  EXPECT_EQ(wrongUse({"-loud"}), R"("-loud" is not expected)");
+  EXPECT_EQ(wrongUse({"--", "--loud"}), R"("--loud" is not expected)");
+  EXPECT_EQ(wrongUse({"--timezone"}), "--timezone needs a value");
+  EXPECT_EQ(wrongUse({"--timezone="}), "--timezone needs a value");
+  EXPECT_EQ(wrongUse({"--timezone", "UTC", "--timezone=UTC"}), "--timezone is given twice");
+  EXPECT_EQ(wrongUse({"--timezone", "--loud"}), R"(--timezone: "--loud" is not the name of a time zone)");
+}
+
+TEST(Program, givesNoValueToAFlag) {
+  for (const char* value : {"", "true", "false", "1", "5"}) {
+    for (const std::string flag : {"--loud", "--help", "--version", "-h"}) {
+      EXPECT_EQ(wrongUse({(flag + '=' + value).c_str()}), flag + " takes no value");
+    }
+  }
+  EXPECT_EQ(run({"--loud", "--loud"}).status, 0);
+}
+
+TEST(Program, saysWhichOptionsNeedOrExcludeEachOther) {
+  const auto said = [](std::initializer_list<const char*> words) {
+    Program program(nameAlone);
+    std::string file;
+    program.arguments().add_option("FILE", file)->required();
+    auto* loud = program.arguments().add_flag("--loud");
+    program.arguments().add_flag("--quiet")->excludes(loud);
+    program.arguments().add_flag("--louder")->needs(loud);
+    std::vector<const char*> arguments{"sample"};
+    arguments.insert(arguments.end(), words);
+    testing::internal::CaptureStderr();
+    program.run(static_cast<int>(arguments.size()), arguments.data(), [] { return "done\n"; });
+    return testing::internal::GetCapturedStderr();
+  };
+  EXPECT_EQ(said({"--loud"}), "sample: FILE is required (see sample --help)\n");
+  EXPECT_EQ(said({"a", "b"}), "sample: \"b\" is not expected (see sample --help)\n");
+  EXPECT_EQ(said({"--loud", "a", "--quiet"}),
+            "sample: --loud does not go with --quiet (see sample --help)\n");
+  EXPECT_EQ(said({"--quiet", "--loud", "a"}),
+            "sample: --quiet does not go with --loud (see sample --help)\n");
+  EXPECT_EQ(said({"--louder", "a"}), "sample: --louder needs --loud (see sample --help)\n");
+  EXPECT_EQ(said({"--lout"}), "sample: \"--lout\" is not expected (see sample --help)\n");
+  EXPECT_EQ(said({"--", "--loud"}), "");
+}
+
+TEST(Program, printsItsHelpAndItsVersionWhateverElseIsWrong) {
+  const auto help = run({"--help"}).output;
+  const auto version = run({"--version"}).output;
+  for (const std::initializer_list<const char*> wrong :
+       {std::initializer_list<const char*>{"--lout"}, {"b"}, {"--timezone", "Mars/Olympus"}, {"--loud=5"}}) {
+    for (const char* option : {"--help", "-h", "--version"}) {
+      for (const bool before : {true, false}) {
+        std::vector<const char*> words(wrong);
+        words.insert(before ? words.begin() : words.end(), option);
+        const auto result = run(words);
+        EXPECT_EQ(result.status, 0) << option << ' ' << words.front();
+        EXPECT_EQ(result.output, std::string_view(option) == "--version" ? version : help);
+        EXPECT_EQ(result.errors, "");
+      }
+    }
+  }
+  EXPECT_EQ(run({"--version", "--help"}).output, help);
+  EXPECT_EQ(run({"--", "--help"}).status, 2);
+}
+
+TEST(Program, completesWhereNoOptionHasAValue) {
+  Program program(nameAlone);
+  const std::array arguments{"sample", "--generate", "bash"};
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(program.run(3, arguments.data(), [] { return ""; }), 0);
+  const auto script = testing::internal::GetCapturedStdout();
+  EXPECT_THAT(script, HasSubstr("--version"));
+  FILE* shell = popen("bash -n", "w");
+  ASSERT_NE(shell, nullptr);
+  std::fputs(script.c_str(), shell);
+  EXPECT_EQ(pclose(shell), 0);
 }
 
 TEST(Program, setsTheZoneBeforeItsActionRuns) {
@@ -119,14 +215,13 @@ TEST(Program, printsItsVersion) {
 TEST(Program, generatesNothingOfAnUnknownKind) { EXPECT_EQ(run({"--generate", "poem"}).status, 2); }
 
 TEST(ProgramDeathTest, endsWith4WhenARuleIsBroken) {
-  Program program(
-      {.name = "sample", .purpose = "", .details = "", .refusal = "", .example = "", .exampleDoes = ""});
+  Program program(nameAlone);
   const std::array arguments{"sample"};
   EXPECT_EXIT(program.run(1, arguments.data(),
                           [] -> std::expected<std::string, Failure> {
                             programmingError("the sum lies beyond 64 bits");
                           }),
-              ExitedWithCode(4), "^programming error: the sum lies beyond 64 bits\n$");
+              ExitedWithCode(4), "^sample: the sum lies beyond 64 bits\n$");
 }
 
 }  // namespace

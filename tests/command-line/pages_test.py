@@ -51,10 +51,20 @@ class Pages(unittest.TestCase):
             page = " ".join(re.sub(".\b", "", page).split())
             text = output(PROGRAMS[program], "--help")
             usage, rest = text.split("\n\n", 1)
-            for part in [usage.removeprefix("Usage: "), *re.split(r"\n\n|\n  (?=\S)|(?:Options|Exit status|Example):\n",
+            for part in [usage.removeprefix("Usage: "), *re.split(r"\n\n|\n  (?=\S)|(?:Arguments|Options|Exit status|Example):\n",
                                                                  rest)]:
                 for piece in re.split(r"\s{2,}(?=\S)", " ".join(part.split(" ")).strip(), maxsplit=1):
                     self.assertIn(" ".join(piece.split()), page, program)
+
+    def test_man_pages_break_no_name_at_80_columns(self):
+        for program in PROGRAMS:
+            page = PAGES / f"man/{program}.1"
+            for reader in (["mandoc", "-T", "utf8", "-O", "width=80", page],
+                           ["groff", "-man", "-T", "utf8", "-rLL=80n", page]):
+                text = re.sub("\x1b\\[[0-9;]*m|.\b", "", output(*reader))
+                self.assertEqual([line for line in text.splitlines() if re.search(r"\w[-\u2010]$", line)], [], reader)
+                for word in re.findall(r"[\w.:/+-]*(?:[.:/+-]\w|[a-z][A-Z])[\w.:/+-]*", output(PROGRAMS[program], "--help")):
+                    self.assertIn(word.rstrip(".:"), text, reader)
 
     def test_completions_are_well_formed_to_their_shells(self):
         for program in PROGRAMS:

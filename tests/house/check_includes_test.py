@@ -68,7 +68,15 @@ class CheckIncludes(unittest.TestCase):
 
     def test_a_foreign_quoted_include(self):
         self.write("Kit/model/Model.cpp", '#include "Ground.h"')
-        self.assert_refused("Kit/model/Model.cpp: Ground.h: quotes are for a neighbour in the same folder")
+        self.assert_refused("Kit/model/Model.cpp: Ground.h: quotes are for a neighbour in the same folder and module")
+
+    def test_a_quoted_include_of_another_module_in_the_same_folder(self):
+        self.modules.append(self.module("program", "Window", [], ["main.cpp", "Local.h"], ["window"]))
+        self.write("Window/Local.h", "")
+        self.write("Window/main.cpp", '#include <Window/Window.h>\n#include "Local.h"')
+        self.assertEqual(self.run_check().returncode, 0)
+        self.write("Window/main.cpp", '#include <Window/Window.h>\n#include "Window.h"')
+        self.assert_refused("Window/main.cpp: Window.h: quotes are for a neighbour in the same folder and module")
 
     def test_a_circle(self):
         self.modules[0]["modules"] = ["window"]

@@ -13,6 +13,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <set>
 #include <sstream>
 #include <string>
@@ -96,14 +97,14 @@ std::set<std::string> names(const std::filesystem::path& path, const std::string
 class SampleHistoryOfAYear : public testing::Test {
  protected:
   static void SetUpTestSuite() {
-    folder = new TemporaryFolder;
+    folder.emplace();
     ASSERT_TRUE(writeSampleHistory(database(), history(20'000, 365, 7)));
   }
-  static void TearDownTestSuite() { delete folder; }
+  static void TearDownTestSuite() { folder.reset(); }
   static std::filesystem::path database() { return *folder / "chat.db"; }
 
  private:
-  static inline TemporaryFolder* folder = nullptr;
+  static inline std::optional<TemporaryFolder> folder;
 };
 
 TEST_F(SampleHistoryOfAYear, isWhollyIntact) {
@@ -111,20 +112,77 @@ TEST_F(SampleHistoryOfAYear, isWhollyIntact) {
   EXPECT_TRUE(rows(database(), "PRAGMA foreign_key_check").empty());
 }
 
-TEST_F(SampleHistoryOfAYear, hasTheTablesColumnsAndIndexesOfTheMessagesDatabase) {
+TEST_F(SampleHistoryOfAYear, hasTheTablesOfTheMessagesDatabase) {
   EXPECT_THAT(names(database(), "SELECT name FROM sqlite_schema WHERE type = 'table'"),
               IsSupersetOf({"message", "chat", "handle", "attachment", "chat_message_join",
                             "chat_handle_join", "message_attachment_join", "_SqliteDatabaseProperties"}));
-  EXPECT_THAT(names(database(), "SELECT name FROM pragma_table_info('message')"),
-              IsSupersetOf({"ROWID", "guid", "text", "handle_id", "attributedBody", "service", "date",
-                            "date_read", "date_delivered", "is_from_me", "is_read", "cache_has_attachments",
-                            "cache_roomnames", "associated_message_guid", "thread_originator_guid",
-                            "date_retracted", "date_edited", "schedule_type", "date_recovered"}));
-  EXPECT_THAT(names(database(), "SELECT name FROM pragma_table_info('chat_message_join')"),
-              IsSupersetOf({"chat_id", "message_id", "message_date"}));
-  EXPECT_THAT(names(database(), "SELECT name FROM sqlite_schema WHERE type = 'index'"),
-              IsSupersetOf({"message_idx_date", "message_idx_handle", "chat_message_join_idx_message_id_only",
-                            "chat_message_join_idx_message_date_id_chat_id", "chat_idx_chat_identifier"}));
+}
+
+/// A table of the Messages database: its columns in their order, and its indexes by name.
+struct TableOfTheMessagesDatabase {
+  std::string name;
+  std::string columns;
+  std::set<std::string> indexes;
+};
+
+TEST_F(SampleHistoryOfAYear, hasExactlyTheColumnsAndIndexesOfTheMessagesDatabase) {
+  const std::vector<TableOfTheMessagesDatabase> tables{
+      {.name = "message",
+       .columns =
+           "ROWID guid text replace service_center handle_id subject country attributedBody version type "
+           "service account account_guid error date date_read date_delivered is_delivered is_finished "
+           "is_emote is_from_me is_empty is_delayed is_auto_reply is_prepared is_read is_system_message "
+           "is_sent has_dd_results is_service_message is_forward was_downgraded is_archive "
+           "cache_has_attachments cache_roomnames was_data_detected was_deduplicated is_audio_message "
+           "is_played date_played item_type other_handle group_title group_action_type share_status "
+           "share_direction is_expirable expire_state message_action_type message_source "
+           "associated_message_guid associated_message_type balloon_bundle_id payload_data "
+           "expressive_send_style_id associated_message_range_location associated_message_range_length "
+           "time_expressive_send_played message_summary_info ck_sync_state ck_record_id "
+           "ck_record_change_tag destination_caller_id is_corrupt reply_to_guid sort_id is_spam "
+           "has_unseen_mention thread_originator_guid thread_originator_part syndication_ranges "
+           "synced_syndication_ranges was_delivered_quietly did_notify_recipient date_retracted "
+           "date_edited was_detonated part_count is_stewie is_sos is_critical bia_reference_id "
+           "is_kt_verified fallback_hash associated_message_emoji is_pending_satellite_send needs_relay "
+           "schedule_type schedule_state sent_or_received_off_grid date_recovered is_time_sensitive "
+           "ck_chat_id",
+       .indexes = {"message_idx_associated_message2", "message_idx_cache_has_attachments", "message_idx_date",
+                   "message_idx_expire_state", "message_idx_failed", "message_idx_fallback_hash",
+                   "message_idx_handle", "message_idx_handle_id", "message_idx_isRead_isFromMe_itemType",
+                   "message_idx_is_pending_satellite_message", "message_idx_is_read",
+                   "message_idx_is_sent_is_from_me_error", "message_idx_other_handle",
+                   "message_idx_schedule_state", "message_idx_thread_originator_guid",
+                   "message_idx_undelivered_one_to_one_imessage", "message_idx_was_downgraded"}},
+      {.name = "chat",
+       .columns =
+           "ROWID guid style state account_id properties chat_identifier service_name room_name "
+           "account_login is_archived last_addressed_handle display_name group_id is_filtered "
+           "successful_query engram_id server_change_token ck_sync_state original_group_id "
+           "last_read_message_timestamp sr_server_change_token sr_ck_sync_state cloudkit_record_id "
+           "sr_cloudkit_record_id last_addressed_sim_id is_blackholed syndication_date syndication_type "
+           "is_recovered is_deleting_incoming_messages is_pending_review",
+       .indexes = {"chat_idx_chat_identifier", "chat_idx_chat_identifier_service_name",
+                   "chat_idx_chat_room_name_service_name", "chat_idx_group_id", "chat_idx_is_archived"}},
+      {.name = "handle",
+       .columns = "ROWID id country service uncanonicalized_id person_centric_id",
+       .indexes = {}},
+      {.name = "chat_message_join",
+       .columns = "chat_id message_id message_date",
+       .indexes = {"chat_message_join_idx_chat_id", "chat_message_join_idx_message_date_id_chat_id",
+                   "chat_message_join_idx_message_id_only"}},
+  };
+  for (const auto& table : tables) {
+    const auto of = [&table](const char* pragma, const char* where) {
+      return "SELECT name FROM " + std::string(pragma) + "('" + table.name + "') WHERE " + where;
+    };
+    std::string columns;
+    for (const Row& row : rows(database(), of("pragma_table_info", "1 ORDER BY cid"))) {
+      columns += (columns.empty() ? "" : " ") + row.at(0);
+    }
+    EXPECT_EQ(columns, table.columns) << table.name;
+    // Those that a CREATE INDEX made; the others belong to UNIQUE and PRIMARY KEY.
+    EXPECT_EQ(names(database(), of("pragma_index_list", "origin = 'c'")), table.indexes) << table.name;
+  }
 }
 
 TEST_F(SampleHistoryOfAYear, hasAsManyMessagesAsWereAskedForAllWithinItsDays) {
@@ -244,7 +302,8 @@ TEST(SampleHistory, holdsWithNoMessagesOneAndOnOneDay) {
 
 TEST(SampleHistory, sleepsByTheClockOnTheWall) {
   const TemporaryFolder folder;
-  // Ordinary days, which every history ends on, have next to nothing from two to five, wherever they are lived.
+  // Ordinary days, which every history ends on, have next to nothing from two to five, wherever they are
+  // lived.
   for (const double hours : {-9.5, 0.0, 13.0}) {
     SampleHistory few = history(2'000, 3, 5);
     few.utcOffset = Seconds(hours * 3600);
@@ -262,7 +321,7 @@ TEST(SampleHistory, leavesAFileThatExistsAsItIs) {
   std::ofstream(folder / "chat.db") << "mine";
   const auto result = writeSampleHistory(folder / "chat.db", history(10, 1, 1));
   ASSERT_FALSE(result);
-  EXPECT_THAT(result.error(), HasSubstr("chat.db: it exists already"));
+  EXPECT_THAT(result.error(), HasSubstr("chat.db: it already exists"));
   EXPECT_EQ(bytes(folder / "chat.db"), "mine");
 }
 
@@ -277,15 +336,42 @@ TEST(SampleHistory, saysThatAFolderDoesNotExist) {
   const TemporaryFolder folder;
   const auto result = writeSampleHistory(folder / "none/chat.db", history(10, 1, 1));
   ASSERT_FALSE(result);
-  EXPECT_THAT(result.error(), HasSubstr("unable to open database file"));
+  EXPECT_THAT(result.error(), HasSubstr("its folder does not exist"));
 }
 
-TEST(SampleHistory, startsAfreshOverWhatAnInterruptedRunLeft) {
+TEST(SampleHistory, removesNothingThatItDidNotMake) {
   const TemporaryFolder folder;
-  std::ofstream(folder / "chat.db.partial") << "half a database";
+  std::ofstream(folder / "chat.db.partial") << "mine";
+  std::filesystem::create_directory(folder / "chat.db.partial-AbCdEf");
   ASSERT_TRUE(writeSampleHistory(folder / "chat.db", history(10, 1, 1)));
-  EXPECT_EQ(number(folder / "chat.db", "SELECT COUNT(*) FROM message"), 10);
-  EXPECT_FALSE(std::filesystem::exists(folder / "chat.db.partial"));
+  EXPECT_EQ(bytes(folder / "chat.db.partial"), "mine");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 3);
+}
+
+TEST(SampleHistory, replacesNothingThatComesWhileItWrites) {
+  const TemporaryFolder folder;
+  static std::filesystem::path path;
+  path = folder / "chat.db";
+  // SQLite calls this when the connection is opened that the rows go through.
+  const auto somebodyWrites = reinterpret_cast<void (*)()>(+[](sqlite3*, const char**, const void*) {
+    std::ofstream(path) << "mine";
+    return SQLITE_OK;
+  });
+  sqlite3_auto_extension(somebodyWrites);
+  const auto result = writeSampleHistory(path, history(10, 1, 1));
+  sqlite3_cancel_auto_extension(somebodyWrites);
+  ASSERT_FALSE(result);
+  EXPECT_THAT(result.error(), HasSubstr("chat.db: it already exists"));
+  EXPECT_EQ(bytes(path), "mine");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path()), {}), 1);
+}
+
+TEST(SampleHistory, givesEveryRoomANumberOfItsOwn) {
+  const TemporaryFolder folder;
+  ASSERT_TRUE(writeSampleHistory(folder / "chat.db", history(10, 1, 1)));
+  EXPECT_EQ(rows(folder / "chat.db",
+                 "SELECT DISTINCT SUBSTR(room_name, -3) FROM chat WHERE room_name IS NOT NULL ORDER BY 1"),
+            (std::vector<Row>{{"001"}, {"005"}, {"009"}, {"013"}, {"017"}, {"021"}}));
 }
 
 TEST(SampleHistoryDeathTest, stopsOnValuesOutsideTheirRanges) {

@@ -64,13 +64,21 @@ class TidewellSampleHistory(unittest.TestCase):
 
     def test_a_file_that_exists_is_refused_and_kept(self):
         self.path.write_text("mine", encoding="utf-8")
-        self.assert_fails(run(self.path, "--messages", "5", "--days", "1", "--seed", "1"), 3, "it exists already")
+        self.assert_fails(run(self.path, "--messages", "5", "--days", "1", "--seed", "1"), 3, "it already exists")
         self.assertEqual(self.path.read_text(encoding="utf-8"), "mine")
 
     def test_a_folder_that_does_not_exist_is_named(self):
         missing = self.folder / "no\nfolder" / "chat.db"
         self.assert_fails(run(missing, "--messages", "5", "--days", "1", "--seed", "1"), 3,
-                          "no\\u000Afolder/chat.db: unable to open database file")
+                          "no\\u000Afolder/chat.db: its folder does not exist")
+
+    def test_a_path_is_a_path_whatever_it_looks_like(self):
+        for name in ("file:chat.db", ":memory:", "file:chat.db?mode=memory"):
+            done = run(name, "--messages", "5", "--days", "1", "--seed", "1", cwd=self.folder)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertEqual(rows(f"{self.folder}/{name}", "SELECT COUNT(*) FROM message"), [(5,)])
+        self.assertEqual(len(list(self.folder.iterdir())), 3)
+        self.assert_fails(run("", "--messages", "5", "--days", "1", "--seed", "1"), 3, "the path is empty")
 
     def test_a_full_disk_leaves_nothing_behind(self):
         # Python ignores the signal that goes with the limit, and so does its child then: what is left is the error.

@@ -1,10 +1,12 @@
 """Runs tidewell-scan as people and scripts do, and compares what it says with counts of its own."""
 
 import datetime
+import decimal
 import json
 import os
 import pathlib
 import re
+import shutil
 import sqlite3
 import subprocess
 import tempfile
@@ -70,6 +72,11 @@ def counted(database, now, days, zone):
             entry["averageMessageLength"] = sum(day["lengths"]) / len(day["lengths"])
         result.append(entry)
     return result
+
+
+def tenths(number):
+    """The number with one decimal, as ICU rounds: its shortest decimal text, a half to the even neighbour."""
+    return str(decimal.Decimal(repr(number)).quantize(decimal.Decimal("0.1"), decimal.ROUND_HALF_EVEN))
 
 
 class TidewellScan(unittest.TestCase):
@@ -144,13 +151,13 @@ class TidewellScan(unittest.TestCase):
         self.assertEqual([line.split() for line in lines[4:-2]],
                          [[day["date"], str(day["sentCount"]), str(day["receivedCount"]),
                            str(day["activeConversationCount"]), str(day["lateNightCount"]),
-                           f'{day["averageMessageLength"]:.1f}' if "averageMessageLength" in day else "-"]
+                           tenths(day["averageMessageLength"]) if "averageMessageLength" in day else "-"]
                           for day in daily])
         self.assertEqual(lines[-1].split(),
-                         [str(len(daily)), "days", *(str(sum(day[count] for day in daily))
+                         [str(len(daily)), "active", "days", *(str(sum(day[count] for day in daily))
                                                      for count in ("sentCount", "receivedCount", "lateNightCount"))])
         first = (self.now - datetime.timedelta(days=90)).strftime("%Y-%m-%d")
-        self.assertEqual(lines[0], f"Messages activity since {first}, 90 days before {self.now:%Y-%m-%d}")
+        self.assertEqual(lines[0], f"Messages activity since {first} (the last 90 days before {self.now:%Y-%m-%d})")
 
     def test_table_groups_digits_as_the_locale_does(self):
         sums = [line.splitlines()[-1] for line in (self.scan("--days", "365", LC_ALL=locale)
@@ -162,10 +169,14 @@ class TidewellScan(unittest.TestCase):
         mixed = self.scan("--days", "365", LC_ALL=None, LC_NUMERIC="en_US.UTF-8", LANG="de_DE.UTF-8")
         self.assertEqual(mixed.splitlines()[-1], sums[1])
 
+    def test_table_has_its_figures_also_where_the_locale_is_unknown(self):
+        self.assertEqual(self.scan(LC_ALL="en_US@numbers=bogus"), self.scan())
+
     def test_nothing_found_is_said(self):
         later = (self.now + datetime.timedelta(days=10)).strftime("%Y-%m-%dT%H:%M:%SZ")
-        done = run("--database", str(self.database), "--now", later, "--days", "5")
+        done = run("--database", str(self.database), "--now", later, "--days", "1")
         self.assertEqual(done.returncode, 0)
+        self.assertRegex(done.stdout, r"\AMessages activity since [-0-9]+ \(the last day before [-0-9]+\)\n\n")
         self.assertTrue(done.stdout.endswith("\n\nNo Messages activity was found in the selected window.\n"))
         done = run("--database", str(self.database), "--now", later, "--days", "5", "--json")
         self.assertEqual(done.stdout, f'{{"requestedDays":5,"scannedAt":"{later}","daily":[]}}\n')
@@ -202,6 +213,21 @@ class TidewellScan(unittest.TestCase):
             done = run("--check-access", "--database", str(path))
             self.assertEqual((done.returncode, done.stdout, done.stderr), (0, state + "\n", ""), path)
 
+    def test_an_unreadable_file_ends_with_1_and_asks_for_access(self):
+        # Root reads everything, so that a copy of the program is run as nobody then.
+        with tempfile.TemporaryDirectory() as folder:
+            os.chmod(folder, 0o755)
+            locked = pathlib.Path(folder) / "chat.db"
+            shutil.copy(self.database, locked)
+            locked.chmod(0)
+            program = pathlib.Path(folder) / "tidewell-scan"
+            shutil.copy(SCAN, program)
+            user = {"user": 65534} if os.getuid() == 0 else {}
+            for arguments, outcome in ((["--database", locked], (1, "", f"tidewell-scan: {ACCESS_REQUIRED}\n")),
+                                       (["--database", locked, "--check-access"], (0, "needsFullDiskAccess\n", ""))):
+                done = subprocess.run([program, *arguments], capture_output=True, encoding="utf-8", check=False, **user)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), outcome)
+
     def test_every_scan_error_ends_with_1_and_its_text(self):
         garbage = self.folder / "garbage.db"
         garbage.write_bytes(b"this is no database, however long one looks at it" * 100)
@@ -229,20 +255,25 @@ class TidewellScan(unittest.TestCase):
                                    (["--days", "+5"], '--days: "+5" is not'), (["--days", "0x10"], "--days"),
                                    (["--days", ".5"], "--days"), (["--days", "5.5"], "--days"),
                                    (["--days", " 5"], "--days"), (["--days", ""], "--days"),
-                                   (["--days", "٩٠"], "--days"), (["--days"], "--days"),
-                                   (["--days", "5", "--days", "6"], "--days"),
+                                   (["--days", "٩٠"], "--days"), (["--days"], "--days needs a value"),
+                                   (["--days", "5", "--days", "6"], "--days is given twice"),
                                    (["--now", "yesterday"], '--now: "yesterday" is not an instant'),
                                    (["--now", "2024-05-01T08:30:00"], "--now"),
                                    (["--now", "2024-02-30T08:30:00Z"], "--now"),
                                    (["--now", "2024-05-01T08:30:00.5Z"], "--now"), (["--now", "0"], "--now"),
                                    (["--timezone", "Mars/Olympus"], '--timezone: "Mars/Olympus" is not'),
                                    (["--timezone", ""], "--timezone"), (["--timezone"], "--timezone"),
-                                   (["--database"], "--database"), (["--pretty"], "--json"),
-                                   (["--json=yes"], "json"), (["--unknown"], "--unknown"), (["-x"], "-x"),
+                                   (["--database"], "--database needs a value"),
+                                   (["--database="], "--database needs a value"),
+                                   (["--pretty"], "--pretty needs --json"), (["--json=true"], "--json takes no value"),
+                                   (["--json="], "--json takes no value"), (["--help=5"], "--help takes no value"),
+                                   (["--unknown"], '"--unknown" is not expected'), (["-x"], '"-x" is not expected'),
+                                   (["b", "a", "--unknown"], '"b" is not expected'), ([""], '"" is not expected'),
                                    (["--jso"], "--jso"), (["chat.db"], "chat.db"), (["a\nb\x1b[31m"], "a\\u000Ab\\u001B"),
-                                   (["--check-access", "--json"], "--check-access"),
-                                   (["--check-access", "--days", "5"], "--check-access"),
-                                   (["--check-access", "--now", "2024-05-01T08:30:00Z"], "--check-access"),
+                                   (["--json", "--check-access"], "--json does not go with --check-access"),
+                                   (["--check-access", "--days", "5"], "--check-access does not go with --days"),
+                                   (["--check-access", "--now", "2024-05-01T08:30:00Z"],
+                                    "--check-access does not go with --now"),
                                    (["--generate"], "--generate"), (["--generate", "poem"], "--generate")):
             with self.subTest(arguments=arguments):
                 self.assert_refused(run(*arguments), 2, message)
@@ -274,6 +305,12 @@ class TidewellScan(unittest.TestCase):
                          "--check-access", "--help", "--version", "Default: 90."):
                 self.assertIn(name, done.stdout)
         self.assertRegex(run("--version").stdout, r"\Atidewell-scan \d+\.\d+\.\d+\n\Z")
+
+    def test_help_goes_before_whatever_is_wrong(self):
+        for wrong in (["--unknown"], ["--days", "abc"], ["--json", "--check-access"], ["chat.db"]):
+            for arguments in (["--help", *wrong], [*wrong, "--help"]):
+                done = run(*arguments)
+                self.assertEqual((done.returncode, done.stdout, done.stderr), (0, run("--help").stdout, ""), arguments)
 
     def test_the_example_of_the_help_works_as_it_stands(self):
         example = re.search(r"Example:\n  tidewell-scan (.*)\n", run("--help").stdout).group(1)

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
+#include <string>
+#include <string_view>
 
 namespace kestrel {
 namespace {
@@ -16,19 +19,22 @@ TEST(ProgrammingErrorDeathTest, abortsAndSaysWhatWasViolated) {
 TEST(ProgrammingErrorDeathTest, endsAsTheProcessChose) {
   EXPECT_EXIT(
       {
-        setProgrammingErrorEnding([] { std::_Exit(4); });
-        programmingError("anything");
+        setProgrammingErrorEnding([](std::string_view violation) {
+          std::fprintf(stderr, "broken: %s\n", std::string(violation).c_str());
+          std::_Exit(4);
+        });
+        programmingError("a count below 1");
       },
-      testing::ExitedWithCode(4), "^programming error: anything\n");
+      testing::ExitedWithCode(4), "^broken: a count below 1\n$");
 }
 
 TEST(ProgrammingErrorDeathTest, abortsWhenTheChosenEndingReturns) {
   EXPECT_EXIT(
       {
-        setProgrammingErrorEnding([] {});
+        setProgrammingErrorEnding([](std::string_view) {});
         programmingError("anything");
       },
-      testing::KilledBySignal(SIGABRT), "anything");
+      testing::KilledBySignal(SIGABRT), "");
 }
 
 }  // namespace

@@ -13,9 +13,10 @@ namespace {
 TEST(ConcurrentScans, anyNumberAtOnceSeeTheSame) {
   setenv("TZ", "Europe/Berlin", 1);
   const MessagesFile file;
-  file.execute(std::string(MessagesFile::schema) +
-               "WITH RECURSIVE n(i) AS (VALUES (1) UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
-               "INSERT INTO message (date, text, is_from_me) SELECT 755000000 + i * 391, 'text', i % 2 FROM n;");
+  file.execute(
+      std::string(MessagesFile::schema) +
+      "WITH RECURSIVE n(i) AS (VALUES (1) UNION ALL SELECT i + 1 FROM n WHERE i < 20000) "
+      "INSERT INTO message (date, text, is_from_me) SELECT 755000000 + i * 391, 'text', i % 2 FROM n;");
   const Instant now = instantSinceReferenceDate(762'876'600);
   const auto expected = scanMessages(file.path(), 365, now);
   ASSERT_TRUE(expected);

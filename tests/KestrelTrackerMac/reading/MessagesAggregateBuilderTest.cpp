@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <rapidcheck.h>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -10,7 +11,6 @@
 #include <limits>
 #include <map>
 #include <ostream>
-#include <rapidcheck.h>
 #include <set>
 #include <string>
 #include <string_view>
@@ -50,7 +50,9 @@ MessageActivitySample received(sys_time<milliseconds> time, std::int64_t convers
 
 const sys_days march5 = 2025y / March / 5;
 
-TEST(MessagesAggregateBuilder, withoutSamplesTheListIsEmpty) { EXPECT_THAT(builderIn("UTC").daily(), IsEmpty()); }
+TEST(MessagesAggregateBuilder, withoutSamplesTheListIsEmpty) {
+  EXPECT_THAT(builderIn("UTC").daily(), IsEmpty());
+}
 
 TEST(MessagesAggregateBuilder, countsSentAndReceivedApart) {
   auto builder = builderIn("UTC");
@@ -150,11 +152,17 @@ TEST(MessagesAggregateBuilder, anotherCalendarGivesItsOwnNumbers) {
 TEST(MessagesAggregateBuilder, ignoresASampleWhoseTimeHasNoName) {
   auto builder = builderIn("UTC");
   for (const double time : {HUGE_VAL, -HUGE_VAL, std::numeric_limits<double>::quiet_NaN(), 1e300}) {
-    builder.add({.timestamp = instantSinceReferenceDate(time), .isFromMe = true, .conversationID = 1, .textLength = 1});
+    builder.add({.timestamp = instantSinceReferenceDate(time),
+                 .isFromMe = true,
+                 .conversationID = 1,
+                 .textLength = 1});
   }
   EXPECT_THAT(builder.daily(), IsEmpty());
   builder.add(received(march5));
-  builder.add({.timestamp = instantSinceReferenceDate(1e300), .isFromMe = false, .conversationID = 1, .textLength = {}});
+  builder.add({.timestamp = instantSinceReferenceDate(1e300),
+               .isFromMe = false,
+               .conversationID = 1,
+               .textLength = {}});
   EXPECT_EQ(builder.daily().at(0).receivedCount, 1);
 }
 
@@ -193,7 +201,8 @@ TEST(MessagesAggregateBuilderDeathTest, everyCountBeyond64BitsIsAProgrammingErro
 
 TEST(MessagesAggregateBuilder, agreesWithAPlainCountOfRandomSamples) {
   EXPECT_TRUE(rc::check([] {
-    const auto zone = *rc::gen::element<std::string>("UTC", "America/St_Johns", "Europe/Berlin", "Pacific/Apia");
+    const auto zone =
+        *rc::gen::element<std::string>("UTC", "America/St_Johns", "Europe/Berlin", "Pacific/Apia");
     setenv("TZ", zone.c_str(), 1);
     tzset();
     auto builder = builderIn(zone);
@@ -203,9 +212,11 @@ TEST(MessagesAggregateBuilder, agreesWithAPlainCountOfRandomSamples) {
     };
     std::map<std::string, Plain> plain;
     // Some two weeks around each of two clock changes, so that days collect several samples.
-    const auto samples = *rc::gen::container<std::vector<std::tuple<bool, std::int64_t, bool, std::int64_t, int>>>(
-        rc::gen::tuple(rc::gen::arbitrary<bool>(), rc::gen::inRange<std::int64_t>(0, 1'200'000),
-                       rc::gen::arbitrary<bool>(), rc::gen::inRange<std::int64_t>(-3, 3), rc::gen::inRange(-2, 5)));
+    const auto samples =
+        *rc::gen::container<std::vector<std::tuple<bool, std::int64_t, bool, std::int64_t, int>>>(
+            rc::gen::tuple(rc::gen::arbitrary<bool>(), rc::gen::inRange<std::int64_t>(0, 1'200'000),
+                           rc::gen::arbitrary<bool>(), rc::gen::inRange<std::int64_t>(-3, 3),
+                           rc::gen::inRange(-2, 5)));
     for (const auto& [spring, second, mine, conversation, length] : samples) {
       const std::time_t time = (spring ? 1'742'700'000 : 1'760'900'000) + second;
       builder.add({.timestamp = at(sys_seconds(seconds(time))),
@@ -232,7 +243,8 @@ TEST(MessagesAggregateBuilder, agreesWithAPlainCountOfRandomSamples) {
                           .lateNightCount = day.late,
                           .averageMessageLength = {}});
       if (day.texts > 0) {
-        expected.back().averageMessageLength = static_cast<double>(day.length) / static_cast<double>(day.texts);
+        expected.back().averageMessageLength =
+            static_cast<double>(day.length) / static_cast<double>(day.texts);
       }
     }
     RC_ASSERT(builder.daily() == expected);

@@ -4,13 +4,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <limits>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,6 +23,7 @@ namespace kestrel::companion {
 namespace {
 
 using namespace std::chrono;
+using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr auto day = 86'400.0;
@@ -35,8 +39,10 @@ class MessagesDatabase : public testing::Test {
     file.execute(MessagesFile::schema);
   }
 
-  void addMessage(const std::string& date, const std::string& text = "NULL", const std::string& isFromMe = "0") const {
-    file.execute("INSERT INTO message (date, text, is_from_me) VALUES (" + date + "," + text + "," + isFromMe + ")");
+  void addMessage(const std::string& date, const std::string& text = "NULL",
+                  const std::string& isFromMe = "0") const {
+    file.execute("INSERT INTO message (date, text, is_from_me) VALUES (" + date + "," + text + "," +
+                 isFromMe + ")");
   }
   void addMessage(Instant date, const std::string& text = "NULL", const std::string& isFromMe = "0") const {
     addMessage(fmt::format("{:.17g}", secondsSinceReferenceDate(date)), text, isFromMe);
@@ -46,6 +52,20 @@ class MessagesDatabase : public testing::Test {
     const auto summary = scanMessages(file.path(), days, at);
     EXPECT_TRUE(summary);
     return summary ? summary->daily : std::vector<MessageDayAggregate>();
+  }
+
+  /// The rows of the query from `cutoff` onward, as the reader takes them.
+  std::vector<MessageActivitySample> samples(double cutoff) const {
+    const auto connection = file.open();
+    sqlite3_stmt* prepared = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(connection.get(), MessagesQuery::text, -1, &prepared, nullptr), SQLITE_OK);
+    const SqliteStatement statement(prepared);
+    sqlite3_bind_double(prepared, 1, cutoff);
+    std::vector<MessageActivitySample> result;
+    while (sqlite3_step(prepared) == SQLITE_ROW) {
+      result.push_back(MessagesQuery::sample(prepared));
+    }
+    return result;
   }
 
   MessagesFile file;
@@ -79,7 +99,8 @@ ORDER BY m.date ASC)");
 TEST(MessagesScanError, eachSaysItsText) {
   EXPECT_EQ(errorDescription(MessagesScanError::accessRequired),
             "Tidewell can’t read Messages yet. Enable Full Disk Access, then try again.");
-  EXPECT_EQ(errorDescription(MessagesScanError::databaseUnavailable), "Messages history isn’t available on this Mac.");
+  EXPECT_EQ(errorDescription(MessagesScanError::databaseUnavailable),
+            "Messages history isn’t available on this Mac.");
   EXPECT_EQ(errorDescription(MessagesScanError::unsupportedDatabase),
             "This version of the Messages database isn’t supported yet.");
   EXPECT_EQ(errorDescription(MessagesScanError::queryFailed),
@@ -101,10 +122,53 @@ TEST(MessagesDatabaseLocation, elseInTheHomeOfTheUserDatabase) {
   EXPECT_EQ(defaultMessagesDatabase(), expected);
 }
 
+TEST_F(MessagesDatabase, rowIsReadAsItsSample) {
+  addMessage("762868800", "'Grüße'", "1");
+  addMessage("762868801500000000", "'reply'");
+  file.execute("INSERT INTO chat_message_join (chat_id, message_id) VALUES (9, 1), (3, 1)");
+  EXPECT_THAT(samples(0),
+              ElementsAre(MessageActivitySample{.timestamp = instantSinceReferenceDate(762'868'800),
+                                                .isFromMe = true,
+                                                .conversationID = 3,
+                                                .textLength = 5},
+                          MessageActivitySample{.timestamp = instantSinceReferenceDate(762'868'801.5),
+                                                .isFromMe = false,
+                                                .conversationID = -2,
+                                                .textLength = 5}));
+}
+
+TEST_F(MessagesDatabase, nullTextGivesNoLengthAndAnEmptyOne0) {
+  addMessage(now, "NULL");
+  addMessage(now, "''");
+  addMessage(now, "'a'");
+  addMessage(now, "x''");
+  std::vector<std::optional<std::int64_t>> lengths;
+  for (const auto& sample : samples(0)) {
+    lengths.push_back(sample.textLength);
+  }
+  EXPECT_THAT(lengths, ElementsAre(std::nullopt, 0, 1, 0));
+}
+
+TEST_F(MessagesDatabase, pathIsNeverTakenForAUriOrADatabaseInMemory) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(file.folder());
+  addMessage(now);
+  for (const char* name : {"file:chat.db", ":memory:", "file:other.db?mode=memory"}) {
+    EXPECT_EQ(probeMessagesAccess(name), MessagesAccessState::needsFullDiskAccess) << name;
+    std::filesystem::copy_file("chat.db", std::filesystem::path(".") / name);
+    EXPECT_EQ(probeMessagesAccess(name), MessagesAccessState::ready) << name;
+    const auto summary = scanMessages(name, 90, now);
+    ASSERT_TRUE(summary) << name;
+    EXPECT_EQ(keys(summary->daily), "2025-03-05") << name;
+  }
+  std::filesystem::current_path(before);
+}
+
 TEST_F(MessagesDatabase, dayCountOutside1To365FailsBeforeAnyFileAccess) {
   const auto missing = file.path("-missing");  // would be accessRequired if it were looked for
-  for (const std::int64_t days : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{366},
-                                  std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()}) {
+  for (const std::int64_t days :
+       {std::int64_t{0}, std::int64_t{-1}, std::int64_t{366}, std::numeric_limits<std::int64_t>::min(),
+        std::numeric_limits<std::int64_t>::max()}) {
     EXPECT_EQ(scanMessages(missing, days, now).error(), MessagesScanError::queryFailed) << days;
   }
   EXPECT_EQ(scanMessages(missing, 1, now).error(), MessagesScanError::accessRequired);
@@ -126,8 +190,8 @@ TEST_F(MessagesDatabase, withoutTheJoinTableIsUnsupportedAndYetReady) {
 }
 
 TEST_F(MessagesDatabase, withoutAnyColumnOfTheQueryIsUnsupportedAndYetReady) {
-  for (const char* column : {"message.text", "message.date", "message.is_from_me", "chat_message_join.chat_id",
-                             "chat_message_join.message_id"}) {
+  for (const char* column : {"message.text", "message.date", "message.is_from_me",
+                             "chat_message_join.chat_id", "chat_message_join.message_id"}) {
     const MessagesFile lacking;
     lacking.execute(MessagesFile::schema);
     const std::string name(column);
@@ -137,7 +201,8 @@ TEST_F(MessagesDatabase, withoutAnyColumnOfTheQueryIsUnsupportedAndYetReady) {
     }
     lacking.execute("ALTER TABLE " + name.substr(0, dot) + " DROP COLUMN " + name.substr(dot + 1));
     EXPECT_EQ(probeMessagesAccess(lacking.path()), MessagesAccessState::ready) << column;
-    EXPECT_EQ(scanMessages(lacking.path(), 90, now).error(), MessagesScanError::unsupportedDatabase) << column;
+    EXPECT_EQ(scanMessages(lacking.path(), 90, now).error(), MessagesScanError::unsupportedDatabase)
+        << column;
   }
 }
 
@@ -197,6 +262,30 @@ TEST_F(MessagesDatabase, dateUpTo1000000000000IsSecondsAndBeyondNanoseconds) {
   EXPECT_EQ(keys(scanned(365, early)), "33689-09-27");
 }
 
+TEST_F(MessagesDatabase, fractionsNextToTheBoundaryAreJudgedAlikeByTheQueryAndTheReader) {
+  const double above = std::nextafter(1e12, 2e12);
+  const double below = std::nextafter(1e12, 0);
+  const auto secondsOf = [this](double date, double cutoff) -> std::optional<double> {
+    file.execute("DELETE FROM message");
+    addMessage(fmt::format("{:.17g}", date));
+    const auto found = samples(cutoff);
+    return found.empty() ? std::nullopt : std::optional(secondsSinceReferenceDate(found.at(0).timestamp));
+  };
+  // Beyond the boundary a date is nanoseconds, so that a thousand seconds are what both compare and give.
+  EXPECT_EQ(secondsOf(above, 0), above / 1e9);
+  EXPECT_EQ(secondsOf(above, above / 1e9), above / 1e9);
+  EXPECT_EQ(secondsOf(above, 1001), std::nullopt);
+  EXPECT_EQ(secondsOf(-above, -1001), -above / 1e9);
+  EXPECT_EQ(secondsOf(-above, -999), std::nullopt);
+  // Up to it, seconds.
+  for (const double date : {below, 1e12}) {
+    EXPECT_EQ(secondsOf(date, date), date);
+    EXPECT_EQ(secondsOf(date, above), std::nullopt);
+    EXPECT_EQ(secondsOf(-date, -above), -date);
+    EXPECT_EQ(secondsOf(-date, -1001), std::nullopt);
+  }
+}
+
 TEST_F(MessagesDatabase, negativeDatesAreJudgedByMagnitude) {
   const Instant early = instantSinceReferenceDate(100 * day);
   addMessage("-1000000000001");
@@ -229,7 +318,8 @@ TEST_F(MessagesDatabase, messageInNoChatIsAConversationOfItsOwn) {
   addMessage(now);
   addMessage(now);
   EXPECT_EQ(scanned().at(0).activeConversationCount, 2);
-  file.execute("INSERT INTO chat_message_join (chat_id, message_id) VALUES (-1, 2)");  // the first message's number, negated
+  file.execute("INSERT INTO chat_message_join (chat_id, message_id) VALUES (-1, 2)");  // the first message's
+                                                                                       // number, negated
   EXPECT_EQ(scanned().at(0).activeConversationCount, 1);
   file.execute("UPDATE chat_message_join SET chat_id = NULL");
   EXPECT_EQ(scanned().at(0).activeConversationCount, 2);
@@ -309,8 +399,9 @@ TEST_F(MessagesDatabase, userCalendarNamesTheDays) {
 }
 
 TEST_F(MessagesDatabase, viewsOfTheSameNamesServeAsWell) {
-  file.execute("ALTER TABLE message RENAME TO stored; ALTER TABLE stored ADD COLUMN extra;"
-               "CREATE VIEW message AS SELECT rowid AS ROWID, text, date, is_from_me FROM stored");
+  file.execute(
+      "ALTER TABLE message RENAME TO stored; ALTER TABLE stored ADD COLUMN extra;"
+      "CREATE VIEW message AS SELECT rowid AS ROWID, text, date, is_from_me FROM stored");
   file.execute("INSERT INTO stored (date) VALUES (762868800)");
   EXPECT_EQ(keys(scanned()), "2025-03-05");
 }

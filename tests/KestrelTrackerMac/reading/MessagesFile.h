@@ -9,6 +9,7 @@
 #include <fstream>
 #include <ios>
 #include <string>
+#include <system_error>
 
 namespace kestrel::companion {
 
@@ -16,7 +17,8 @@ namespace kestrel::companion {
 class MessagesFile {
  public:
   static constexpr const char* schema =
-      "CREATE TABLE message (ROWID INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT, date INTEGER, is_from_me INTEGER);"
+      "CREATE TABLE message (ROWID INTEGER PRIMARY KEY AUTOINCREMENT, text TEXT, date INTEGER, is_from_me "
+      "INTEGER);"
       "CREATE TABLE chat_message_join (chat_id INTEGER, message_id INTEGER, message_date INTEGER);"
       "CREATE INDEX chat_message_join_idx_message_id_only ON chat_message_join(message_id);";
 
@@ -60,7 +62,8 @@ class MessagesFile {
     return content;
   }
   void overwrite(const std::string& content) const {
-    std::ofstream(path(), std::ios::binary).write(content.data(), static_cast<std::streamsize>(content.size()));
+    std::ofstream(path(), std::ios::binary)
+        .write(content.data(), static_cast<std::streamsize>(content.size()));
   }
 
  private:

@@ -1,16 +1,22 @@
-// What is in the way of a scan: files that are no database, databases that are damaged, locked or being written.
-// Each ends in one of the outcomes that the reader knows.
+// What is in the way of a scan: files that are no database, databases that are damaged, locked or being
+// written. Each ends in one of the outcomes that the reader knows.
 
 #include <KestrelTrackerMac/reading/MessagesDatabase.h>
+#include <KestrelTrackerMac/reading/MessagesQuery.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sqlite3.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <rapidcheck.h>
+#include <atomic>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -18,9 +24,10 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <rapidcheck.h>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "MessagesFile.h"
@@ -39,13 +46,14 @@ std::optional<MessagesScanError> errorOf(const std::filesystem::path& path) {
   return summary ? std::nullopt : std::optional(summary.error());
 }
 
-/// Does `work` in a process without root's rights, for which the permissions of files count. Gives its result, at
-/// least 0 and at most 100.
+/// Does `work` in a process without root's rights, for which the permissions of files count. Gives its
+/// result, at least 0 and at most 100.
 int asNobody(const std::function<int()>& work) {
   constexpr unsigned nobody = 65534;
   const pid_t child = fork();
   if (child == 0) {
-    if (geteuid() == 0 && (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0)) {
+    if (geteuid() == 0 &&
+        (setresgid(nobody, nobody, nobody) != 0 || setresuid(nobody, nobody, nobody) != 0)) {
       std::_Exit(101);
     }
     std::_Exit(work());
@@ -57,7 +65,8 @@ int asNobody(const std::function<int()>& work) {
 }
 
 MessagesAccessState accessAsNobody(const std::filesystem::path& path) {
-  return static_cast<MessagesAccessState>(asNobody([&] { return static_cast<int>(probeMessagesAccess(path)); }));
+  return static_cast<MessagesAccessState>(
+      asNobody([&] { return static_cast<int>(probeMessagesAccess(path)); }));
 }
 
 std::optional<MessagesScanError> errorAsNobody(const std::filesystem::path& path) {
@@ -118,8 +127,8 @@ TEST_F(UnreadableMessages, fileAndFolderThatCannotBeWrittenAreEnough) {
 }
 
 TEST_F(UnreadableMessages, writeAheadLogThatCannotBeOpenedIsUnsupported) {
-  // SQLite shares the index of the log through a file beside the database, and may not create one here. That shows
-  // only when the statement is prepared.
+  // SQLite shares the index of the log through a file beside the database, and may not create one here. That
+  // shows only when the statement is prepared.
   fill();
   file.execute("PRAGMA journal_mode = WAL");
   chmod(file.path().c_str(), 0444);
@@ -145,6 +154,18 @@ TEST_F(UnreadableMessages, socketInItsPlaceNeedsAccess) {
   close(fd);
 }
 
+TEST_F(UnreadableMessages, pipeInItsPlaceNeedsAccessAndIsNotWaitedFor) {
+  ASSERT_EQ(mkfifo(file.path().c_str(), 0600), 0);
+  EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::needsFullDiskAccess);
+  EXPECT_EQ(errorOf(file.path()), MessagesScanError::accessRequired);
+}
+
+TEST_F(UnreadableMessages, deviceInItsPlaceNeedsAccess) {
+  std::filesystem::create_symlink("/dev/zero", file.path());
+  EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::needsFullDiskAccess);
+  EXPECT_EQ(errorOf(file.path()), MessagesScanError::accessRequired);
+}
+
 TEST_F(UnreadableMessages, emptyFileIsUnsupported) {
   file.overwrite("");
   EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::ready);
@@ -153,8 +174,9 @@ TEST_F(UnreadableMessages, emptyFileIsUnsupported) {
 }
 
 TEST_F(UnreadableMessages, fileThatIsNoDatabaseIsUnsupported) {
-  for (const std::string& content : {std::string("x"), std::string("SQLite format 3"), std::string("%PDF-1.7\n"),
-                                     std::string(100, '\0'), std::string(100'000, 'x')}) {
+  for (const std::string& content :
+       {std::string("x"), std::string("SQLite format 3"), std::string("%PDF-1.7\n"), std::string(100, '\0'),
+        std::string(100'000, 'x')}) {
     file.overwrite(content);
     EXPECT_EQ(errorOf(file.path()), MessagesScanError::unsupportedDatabase) << content.substr(0, 20);
     EXPECT_EQ(file.bytes(), content);
@@ -163,29 +185,39 @@ TEST_F(UnreadableMessages, fileThatIsNoDatabaseIsUnsupported) {
 
 TEST_F(UnreadableMessages, truncatedDatabaseNeverGivesACountAtAnyLength) {
   fill();
-  file.execute("DROP TABLE chat_message_join; CREATE TABLE chat_message_join (chat_id INTEGER, message_id INTEGER)");
+  file.execute(
+      "DROP TABLE chat_message_join; CREATE TABLE chat_message_join (chat_id INTEGER, message_id INTEGER)");
   file.execute("INSERT INTO message SELECT ROWID + 1000, text, date, is_from_me FROM message; VACUUM");
-  const std::string whole = file.bytes();
-  constexpr std::size_t pageSize = 4096;
-  const auto outcomeAt = [&](std::size_t size) {
-    file.overwrite(whole.substr(0, size));
-    return errorOf(file.path());
-  };
-  EXPECT_EQ(outcomeAt(whole.size()), std::nullopt);
-  for (std::size_t cut = 1; cut < whole.size(); cut += cut < 2 * pageSize ? 1 : 509) {
-    const std::size_t size = whole.size() - cut;
-    const auto expected = size < 18 || size % pageSize == 0 ? MessagesScanError::unsupportedDatabase
-                                                            : MessagesScanError::databaseUnavailable;
-    ASSERT_EQ(outcomeAt(size), expected) << size << " of " << whole.size();
+  for (const char* mode : {"DELETE", "WAL"}) {
+    file.execute(std::string("PRAGMA journal_mode = ") + mode);
+    const std::string whole = file.bytes();
+    constexpr std::size_t pageSize = 4096;
+    constexpr std::size_t header = 20;  // as much as the size of a page and the use of a log need
+    const auto outcomeAt = [&](std::size_t size) {
+      file.overwrite(whole.substr(0, size));
+      return errorOf(file.path());
+    };
+    EXPECT_EQ(outcomeAt(whole.size()), std::nullopt);
+    std::vector<std::size_t> sizes{0, 1, header - 1, header, header + 1};
+    for (std::size_t cut = 1; cut < whole.size(); cut += cut < 2 * pageSize ? 1 : 509) {
+      sizes.push_back(whole.size() - cut);
+    }
+    for (const std::size_t size : sizes) {
+      const auto expected = size < header || size % pageSize == 0 ? MessagesScanError::unsupportedDatabase
+                                                                  : MessagesScanError::databaseUnavailable;
+      ASSERT_EQ(outcomeAt(size), expected) << size << " of " << whole.size() << " in mode " << mode;
+    }
+    outcomeAt(whole.size() - 1);
+    EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::unavailable);
+    file.overwrite(whole);
   }
-  outcomeAt(whole.size() - 1);
-  EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::unavailable);
 }
 
 TEST_F(UnreadableMessages, damagedPageFailsTheQuery) {
   fill();
   std::string content = file.bytes();
-  // The pages after the first four hold rows and index entries; an unknown page type cannot be stepped through.
+  // The pages after the first four hold rows and index entries; an unknown page type cannot be stepped
+  // through.
   constexpr std::size_t pageSize = 4096;
   for (std::size_t page = 4; page < content.size() / pageSize; ++page) {
     content[page * pageSize] = '\x77';
@@ -199,8 +231,8 @@ TEST_F(UnreadableMessages, databaseWithAnyBitsFlippedEndsInAKnownOutcome) {
   const std::string whole = file.bytes();
   EXPECT_TRUE(rc::check([&] {
     std::string content = whole;
-    const auto flips = *rc::gen::nonEmpty(rc::gen::container<std::vector<std::size_t>>(
-        rc::gen::inRange<std::size_t>(0, whole.size() * 8)));
+    const auto flips = *rc::gen::nonEmpty(
+        rc::gen::container<std::vector<std::size_t>>(rc::gen::inRange<std::size_t>(0, whole.size() * 8)));
     for (const std::size_t bit : flips) {
       content[bit / 8] = static_cast<char>(content[bit / 8] ^ (1 << bit % 8));
     }
@@ -233,7 +265,7 @@ TEST_F(UnreadableMessages, unfinishedRollbackIsUnsupportedAndLeftAlone) {
   crashed.overwrite(file.bytes());
   std::ofstream(crashed.path("-journal"), std::ios::binary) << journal;
   const std::string before = crashed.bytes();
-  EXPECT_THAT(errorOf(crashed.path()), AnyOf(MessagesScanError::unsupportedDatabase, MessagesScanError::queryFailed));
+  EXPECT_EQ(errorOf(crashed.path()), MessagesScanError::unsupportedDatabase);
   EXPECT_EQ(crashed.bytes(), before);
   EXPECT_EQ(MessagesFile::bytes(crashed.path("-journal")), journal);
 }
@@ -250,26 +282,86 @@ TEST_F(UnreadableMessages, databaseThatStaysLockedIsUnsupportedAfterTheBusyTimeo
   EXPECT_EQ(errorOf(file.path()), std::nullopt);
 }
 
+/// Locks `path` for good each time the scan's statement begins to run, after it was prepared and before it
+/// reads.
+struct LockBetweenPreparingAndReading {
+  explicit LockBetweenPreparingAndReading(SqliteConnection connection) {
+    holder = std::move(connection);
+    sqlite3_auto_extension(reinterpret_cast<void (*)()>(&watch));
+  }
+  LockBetweenPreparingAndReading(const LockBetweenPreparingAndReading&) = delete;
+  LockBetweenPreparingAndReading& operator=(const LockBetweenPreparingAndReading&) = delete;
+  ~LockBetweenPreparingAndReading() {
+    sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&watch));
+    holder.reset();
+  }
+
+ private:
+  static int watch(sqlite3* connection, const char**, const void*) {
+    return sqlite3_trace_v2(
+        connection, SQLITE_TRACE_STMT,
+        [](unsigned, void*, void*, void* sql) {
+          if (static_cast<const char*>(sql) == std::string_view(MessagesQuery::text)) {
+            MessagesFile::execute(holder, "BEGIN EXCLUSIVE");
+          }
+          return 0;
+        },
+        nullptr);
+  }
+
+  static inline SqliteConnection holder;
+};
+
+TEST_F(UnreadableMessages, databaseThatIsLockedOnceItsQueryIsPreparedFailsTheQuery) {
+  fill();
+  {
+    const LockBetweenPreparingAndReading lock(file.open());
+    EXPECT_EQ(errorOf(file.path()), MessagesScanError::queryFailed);
+  }
+  EXPECT_EQ(errorOf(file.path()), std::nullopt);
+}
+
+TEST_F(UnreadableMessages, withoutOurFileSystemUnderSqliteNothingIsOpened) {
+  // In a process that has not used SQLite yet, of which the system's part in memory is missing.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto outcome = [this] {
+    sqlite3_initialize();
+    sqlite3_vfs_unregister(sqlite3_vfs_find("memdb"));
+    const bool missing = probeMessagesAccess(file.path()) == MessagesAccessState::needsFullDiskAccess &&
+                         errorOf(file.path()) == MessagesScanError::accessRequired;
+    file.overwrite("");
+    const bool there = probeMessagesAccess(file.path()) == MessagesAccessState::unavailable &&
+                       errorOf(file.path()) == MessagesScanError::databaseUnavailable;
+    return missing && there ? 0 : 1;
+  };
+  EXPECT_EXIT(std::_Exit(outcome()), testing::ExitedWithCode(0), "");
+}
+
 /// The shell of SQLite: another process that has the database open.
 class OtherProcess {
  public:
   explicit OtherProcess(const std::filesystem::path& database)
-      : shell_(popen(("exec sqlite3 '" + database.string() + "'").c_str(), "w"), &pclose) {}
-
-  void write(const std::string& text) const {
-    std::fputs(text.c_str(), shell_.get());
-    std::fflush(shell_.get());
+      : shell_(popen(("exec sqlite3 -bail '" + database.string() + "' 2>&1").c_str(), "w"), &pclose) {
+    std::signal(SIGPIPE, SIG_IGN);  // a shell that has ended shows in what it leaves undone
   }
 
-  /// Writes `text` and waits until it is done.
-  void finish(const std::string& text, const std::filesystem::path& marker) const {
-    write(text + "\n.shell touch '" + marker.string() + "'\n");
+  /// Writes `text` and waits until it is done, or until the shell has ended.
+  void finish(const std::string& text, const std::filesystem::path& marker) {
+    std::fputs((text + "\n.shell touch '" + marker.string() + "'\n").c_str(), shell_.get());
+    std::fflush(shell_.get());
     while (!std::filesystem::exists(marker)) {
+      ASSERT_FALSE(hasEnded()) << "sqlite3 is missing, or stopped before " << marker;
       std::this_thread::sleep_for(1ms);
     }
   }
 
  private:
+  /// Whether nobody reads any more what is written to the shell.
+  bool hasEnded() const {
+    pollfd end{.fd = fileno(shell_.get()), .events = POLLOUT, .revents = 0};
+    return poll(&end, 1, 0) == 1 && (end.revents & POLLERR) != 0;
+  }
+
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> shell_;
 };
 
@@ -286,10 +378,11 @@ TEST_F(UnreadableMessages, databaseInRollbackModeStaysWhatItWasToTheByte) {
 
 TEST_F(UnreadableMessages, rowsStillInTheWriteAheadLogOfAnotherProcessAreCounted) {
   fill(10);
-  const OtherProcess other(file.path());
-  other.finish("PRAGMA journal_mode = WAL;\nPRAGMA wal_autocheckpoint = 0;\n"
-               "INSERT INTO message (date, is_from_me) VALUES (762868800, 1), (762868801, 1), (762868802, 0);",
-               file.path("-marker"));
+  OtherProcess other(file.path());
+  other.finish(
+      "PRAGMA journal_mode = WAL;\nPRAGMA wal_autocheckpoint = 0;\n"
+      "INSERT INTO message (date, is_from_me) VALUES (762868800, 1), (762868801, 1), (762868802, 0);",
+      file.path("-marker"));
   const std::string before = file.bytes();
   const std::string log = MessagesFile::bytes(file.path("-wal"));
   EXPECT_GT(log.size(), 0U);
@@ -306,18 +399,24 @@ TEST_F(UnreadableMessages, rowsStillInTheWriteAheadLogOfAnotherProcessAreCounted
 /// Scans again and again while another process adds messages, always a sent and a received one together.
 void scanWhileAnotherProcessWrites(const MessagesFile& file, const std::string& journalMode) {
   constexpr int mostPairs = 3000;
-  const OtherProcess other(file.path());
-  other.finish("PRAGMA journal_mode = " + journalMode + ";\nPRAGMA synchronous = OFF;\n.timeout 60000", file.path("-begun"));
+  OtherProcess other(file.path());
+  other.finish("PRAGMA journal_mode = " + journalMode + ";\nPRAGMA synchronous = OFF;\n.timeout 60000",
+               file.path("-begun"));
   std::string script;
   for (int pair = 0; pair < mostPairs; ++pair) {
     script += "INSERT INTO message (date, is_from_me) VALUES (762868800, 0), (762868800, 1);\n";
   }
-  std::thread writer([&] { other.finish(script, file.path("-ended")); });
+  std::atomic<bool> ended = false;
+  std::thread writer([&] {
+    other.finish(script, file.path("-ended"));
+    ended = true;
+  });
   std::int64_t counted = 0;
-  while (!std::filesystem::exists(file.path("-ended"))) {
+  while (!ended) {
     const auto summary = scanMessages(file.path(), 90, now);
     if (!summary) {  // locked for longer than the busy timeout, on a very slow machine
-      EXPECT_THAT(summary.error(), AnyOf(MessagesScanError::unsupportedDatabase, MessagesScanError::queryFailed));
+      EXPECT_THAT(summary.error(),
+                  AnyOf(MessagesScanError::unsupportedDatabase, MessagesScanError::queryFailed));
       continue;
     }
     if (!summary->daily.empty()) {
@@ -327,7 +426,9 @@ void scanWhileAnotherProcessWrites(const MessagesFile& file, const std::string& 
     }
   }
   writer.join();
-  EXPECT_EQ(scanMessages(file.path(), 90, now)->daily.at(0).sentCount, mostPairs);
+  const auto summary = scanMessages(file.path(), 90, now);
+  ASSERT_TRUE(summary && !summary->daily.empty());
+  EXPECT_EQ(summary->daily.at(0).sentCount, mostPairs);
 }
 
 TEST_F(UnreadableMessages, scanWhileAnotherProcessWritesItsLogSeesWholeTransactions) {

@@ -1,4 +1,5 @@
-// Scans a Messages database once, for a test that watches from outside, and prints how many messages it counted.
+// Scans a Messages database once, for a test that watches from outside, and prints how many messages it
+// counted.
 //
 //   scan_once PATH DAYS
 
@@ -13,7 +14,8 @@ int main(int count, char** arguments) {
     return 2;
   }
   const kestrel::Instant now = kestrel::instantSinceReferenceDate(790'000'000);
-  if (kestrel::companion::probeMessagesAccess(arguments[1]) != kestrel::companion::MessagesAccessState::ready) {
+  if (kestrel::companion::probeMessagesAccess(arguments[1]) !=
+      kestrel::companion::MessagesAccessState::ready) {
     return 1;
   }
   const auto summary = kestrel::companion::scanMessages(arguments[1], std::atol(arguments[2]), now);

@@ -1,5 +1,5 @@
-#include <KestrelKit/foundation/JsonForm.h>
 #include <KestrelKit/foundation/ProgrammingError.h>
+#include <KestrelKit/foundation/Record.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace kestrel {
+
+/// The whole number that `text` is in JSON's grammar (RFC 8259, section 6), as its nearest 64-bit float;
+/// `5.0` and `5e0` are whole. Absent for any other text (`5.5`, `+5`, `0x10`, `.5`, `05`, ` 5`) and for a
+/// number too large for a float.
+std::optional<double> wholeNumberArgument(std::string_view text);
+
+}  // namespace kestrel
