@@ -11,8 +11,8 @@ namespace kestrel::companion {
 
 namespace {
 
-/// Qt 6.4 hands alerts to the screen readers of macOS and Windows, and drops them on the way to AT-SPI. There they go
-/// as its announcement event, over the connection that Qt has to the accessibility bus.
+/// Qt 6.4 hands alerts to the screen readers of macOS and Windows, and drops them on the way to AT-SPI. There
+/// they go as its announcement event, over the connection that Qt has to the accessibility bus.
 void announceOverAtSpi(QAccessibleInterface& announced) {
   static constexpr int polite = 1;  // ATSPI_LIVE_POLITE
   const QDBusConnection bus{QStringLiteral("a11y")};
@@ -32,7 +32,8 @@ void announceOverAtSpi(QAccessibleInterface& announced) {
 void Announcer::announce(QQuickItem* item) {
   QAccessibleEvent event{item, QAccessible::Alert};
   QAccessible::updateAccessibility(&event);
-  if (QAccessibleInterface* announced = QAccessible::isActive() ? QAccessible::queryAccessibleInterface(item) : nullptr) {
+  if (QAccessibleInterface* announced =
+          QAccessible::isActive() ? QAccessible::queryAccessibleInterface(item) : nullptr) {
     announceOverAtSpi(*announced);
   }
 }

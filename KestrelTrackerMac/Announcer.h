@@ -15,7 +15,8 @@ class Announcer : public QObject {
  public:
   using QObject::QObject;
 
-  /// Tells assistive technology that what `item` is named is worth saying now. Does nothing where none listens.
+  /// Tells assistive technology that what `item` is named is worth saying now. Does nothing where none
+  /// listens.
   Q_INVOKABLE void announce(QQuickItem* item);
 };
 

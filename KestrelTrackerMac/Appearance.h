@@ -11,14 +11,14 @@ class QEvent;
 
 namespace kestrel::companion {
 
-/// What the system asks of every window: dark or light, motion or none. Follows both while the application runs; a
-/// property notifies only when its value differs from the one before. Lives on the main thread, beside a
-/// QGuiApplication.
+/// What the system asks of every window: dark or light, motion or none. Follows both while the application
+/// runs; a property notifies only when its value differs from the one before. Lives on the main thread,
+/// beside a QGuiApplication.
 ///
-/// The desktop says it through its portal (`org.freedesktop.portal.Settings`): `color-scheme` and `reduced-motion`
-/// of `org.freedesktop.appearance`, and `enable-animations` of `org.gnome.desktop.interface`, which desktops had
-/// before. Where there is no portal, or it has no preference, the scheme is that of the system's palette, and
-/// motion is not reduced.
+/// The desktop says it through its portal (`org.freedesktop.portal.Settings`): `color-scheme` and
+/// `reduced-motion` of `org.freedesktop.appearance`, and `enable-animations` of
+/// `org.gnome.desktop.interface`, which desktops had before. Where there is no portal, or it has no
+/// preference, the scheme is that of the system's palette, and motion is not reduced.
 class Appearance : public QObject {
   Q_OBJECT
 

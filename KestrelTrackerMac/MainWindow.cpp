@@ -4,6 +4,7 @@
 #include <KestrelTrackerMac/MessagesCompanionCoordinator.h>
 
 #include <QCoreApplication>
+#include <QIcon>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QUrl>
@@ -11,8 +12,8 @@
 
 #include <string>
 
-// Made by Qt's build from the declarations in the classes. Nothing else refers to it, so that a linker would leave
-// it in the static library.
+// Made by Qt's build from the declarations in the classes. Nothing else refers to it, so that a linker would
+// leave it in the static library.
 void qml_register_types_Tidewell();
 
 namespace kestrel::companion {
@@ -25,10 +26,12 @@ QQuickWindow& loadMainWindow(QQmlApplicationEngine& engine, MessagesCompanionCoo
        {QStringLiteral("disclaimer"),
         QCoreApplication::translate("Disclaimer", std::string{Disclaimer::text}.c_str())}});
   engine.load(QUrl{QStringLiteral("qrc:/qt/qml/Tidewell/ui/MainWindow.qml")});
-  auto* window = engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+  auto* window =
+      engine.rootObjects().isEmpty() ? nullptr : qobject_cast<QQuickWindow*>(engine.rootObjects().first());
   if (!window) {
     programmingError("the views of the window do not load");
   }
+  window->setIcon(QIcon{QStringLiteral(":/tidewell.svg")});
   return *window;
 }
 

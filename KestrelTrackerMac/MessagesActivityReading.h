@@ -12,8 +12,8 @@
 
 namespace kestrel::companion {
 
-/// What the coordinator asks of the Messages history. Both operations are called on the main thread, leave it free
-/// while they work, and answer on it.
+/// What the coordinator asks of the Messages history. Both operations are called on the main thread, leave it
+/// free while they work, and answer on it.
 class MessagesActivityReading {
  public:
   MessagesActivityReading() = default;

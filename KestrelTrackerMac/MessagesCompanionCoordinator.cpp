@@ -20,11 +20,21 @@ QString localized(MessagesScanError error) {
   return QCoreApplication::translate("MessagesScanError", std::string{errorDescription(error)}.c_str());
 }
 
+// What a reader could not foresee, such as memory that ran out, is a failure like any other.
+
+QCoro::Task<MessagesAccessState> probed(MessagesActivityReading& reader) {
+  try {
+    co_return co_await reader.checkAccess();
+  } catch (...) {
+    co_return MessagesAccessState::unavailable;
+  }
+}
+
 QCoro::Task<std::expected<MessagesScanSummary, MessagesScanError>> scanned(MessagesActivityReading& reader,
                                                                            int days) {
   try {
     co_return co_await reader.scan(days, ReferenceClock::now());
-  } catch (...) {  // what a reader could not foresee, such as memory that ran out
+  } catch (...) {
     co_return std::unexpected{MessagesScanError::queryFailed};
   }
 }
@@ -63,7 +73,7 @@ void MessagesCompanionCoordinator::openPrivacySettings() { companion::openPrivac
 
 QCoro::Task<> MessagesCompanionCoordinator::probe() {
   const QPointer<MessagesCompanionCoordinator> self{this};
-  const MessagesAccessState state = co_await reader_->checkAccess();
+  const MessagesAccessState state = co_await probed(*reader_);
   if (self) {
     setAccessState(state);
   }

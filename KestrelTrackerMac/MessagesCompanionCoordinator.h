@@ -15,9 +15,9 @@
 
 namespace kestrel::companion {
 
-/// The one piece of state behind the window and the tray menu: whether the Messages database can be read, whether a
-/// scan runs, what the last one gave. Main thread only. Nothing here fails: a failure ends as `errorMessage`.
-/// A property notifies only when its value differs from the one before.
+/// The one piece of state behind the window and the tray menu: whether the Messages database can be read,
+/// whether a scan runs, what the last one gave. Main thread only. Nothing here fails: a failure ends as
+/// `errorMessage`. A property notifies only when its value differs from the one before.
 class MessagesCompanionCoordinator : public QObject {
   Q_OBJECT
   QML_ELEMENT

@@ -16,19 +16,17 @@
 
 namespace kestrel::companion {
 
-/// Reads the Messages database itself, each operation on a thread of its own pool: the probe below the priority of
-/// the window, a scan, which a person waits for, at the window's own. Lives on the main thread; its destructor waits
-/// for what is running.
+/// Reads the Messages database itself, each operation on a thread of its own pool: the probe below the
+/// priority of the window, a scan, which a person waits for, at the window's own. Lives on the main thread;
+/// its destructor waits for what is running.
 class MessagesDatabaseReader final : public MessagesActivityReading {
  public:
   /// A reader of the database at `databaseURL`, by default the current user's.
   explicit MessagesDatabaseReader(std::filesystem::path databaseURL = defaultMessagesDatabase());
 
   QCoro::Task<MessagesAccessState> checkAccess() override;
-  QCoro::Task<std::expected<MessagesScanSummary, MessagesScanError>> scan(std::int64_t days, Instant now) override;
-
-  /// The file that is read.
-  const std::filesystem::path& databaseURL() const { return databaseURL_; }
+  QCoro::Task<std::expected<MessagesScanSummary, MessagesScanError>> scan(std::int64_t days,
+                                                                          Instant now) override;
 
  private:
   std::filesystem::path databaseURL_;

@@ -12,7 +12,7 @@ namespace kestrel::companion {
 
 namespace {
 
-std::int64_t sum(const std::vector<MessageDayAggregate>& days, std::int64_t MessageDayAggregate::* count) {
+std::int64_t sum(const std::vector<MessageDayAggregate>& days, std::int64_t MessageDayAggregate::*count) {
   std::int64_t total = 0;
   for (const MessageDayAggregate& day : days) {
     if (__builtin_add_overflow(total, day.*count, &total)) {
@@ -24,13 +24,21 @@ std::int64_t sum(const std::vector<MessageDayAggregate>& days, std::int64_t Mess
 
 QString integer(std::int64_t value, const QLocale& locale) { return locale.toString(qlonglong{value}); }
 
+/// The translation of `text` for `count`, which stands for its `%lld`.
+QString counted(const char* text, std::int64_t count, const QLocale& locale) {
+  // An integer of the same plural form in every language: none looks beyond the last six digits of a large
+  // one.
+  static constexpr std::int64_t period = 1'000'000;
+  const auto form = static_cast<int>(count < period ? count : period + count % period);
+  return QCoreApplication::translate("MessagesSummaryFigures", text, nullptr, form)
+      .replace(QLatin1StringView{"%lld"}, integer(count, locale));
+}
+
+/// "%lld sent · %lld received". Languages inflect after each of the two numbers, so that each has a text of
+/// its own.
 QString sentAndReceived(const MessageDayAggregate& day, const QLocale& locale) {
-  static constexpr QLatin1StringView number{"%lld"};
-  QString text = QCoreApplication::translate("MessagesSummaryFigures", "%lld sent · %lld received");
-  for (const std::int64_t count : {day.sentCount, day.receivedCount}) {
-    text.replace(text.indexOf(number), number.size(), integer(count, locale));
-  }
-  return text;
+  return counted("%lld sent", day.sentCount, locale) + QStringLiteral(" · ") +
+         counted("%lld received", day.receivedCount, locale);
 }
 
 }  // namespace

@@ -31,9 +31,8 @@ QColor legible(const QColor& color, const QColor& extreme, std::initializer_list
   static constexpr int steps = 100;
   for (int step = 0; step < steps; ++step) {
     const QColor candidate = mixed(extreme, static_cast<double>(step) / steps, color);
-    const bool readable = std::ranges::all_of(surfaces, [&](const QColor& surface) {
-      return contrastRatio(candidate, surface) >= leastContrast;
-    });
+    const bool readable = std::ranges::all_of(
+        surfaces, [&](const QColor& surface) { return contrastRatio(candidate, surface) >= leastContrast; });
     if (readable) {
       return candidate;
     }

@@ -6,8 +6,8 @@
 
 namespace kestrel::companion {
 
-/// The colours of one scheme by their roles. Every text and symbol has a contrast of at least 4.5 to 1 on each
-/// surface that it stands on.
+/// The colours of one scheme by their roles. Every text and symbol has a contrast of at least 4.5 to 1 on
+/// each surface that it stands on.
 class Palette {
   Q_GADGET
   QML_VALUE_TYPE(palette)
@@ -74,8 +74,8 @@ class Palette {
   bool operator==(const Palette&) const = default;
 };
 
-/// The contrast of two opaque colours, 1 to 21: (L₁ + 0.05) / (L₂ + 0.05) with the relative luminances of the Web
-/// Content Accessibility Guidelines 2.1, the lighter first.
+/// The contrast of two opaque colours, 1 to 21: (L₁ + 0.05) / (L₂ + 0.05) with the relative luminances of the
+/// Web Content Accessibility Guidelines 2.1, the lighter first.
 double contrastRatio(const QColor& first, const QColor& second);
 
 }  // namespace kestrel::companion

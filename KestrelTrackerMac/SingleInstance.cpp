@@ -13,8 +13,8 @@ namespace kestrel::companion {
 
 namespace {
 
-/// Where a session gives every user a folder for such names; also said where the session does not say it, so that a
-/// start from a bare terminal meets the one from the desktop.
+/// Where a session gives every user a folder for such names; also said where the session does not say it, so
+/// that a start from a bare terminal meets the one from the desktop.
 QString runtimeFolder() {
   return qEnvironmentVariable("XDG_RUNTIME_DIR", QStringLiteral("/run/user/%1").arg(getuid()));
 }

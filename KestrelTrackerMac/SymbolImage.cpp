@@ -7,9 +7,7 @@
 
 namespace kestrel::companion {
 
-SymbolImage::SymbolImage(QQuickItem* parent) : QQuickPaintedItem(parent) {
-  setAntialiasing(true);
-}
+SymbolImage::SymbolImage(QQuickItem* parent) : QQuickPaintedItem(parent) { setAntialiasing(true); }
 
 void SymbolImage::setName(const QString& name) {
   if (name_ != name) {
@@ -27,12 +25,16 @@ void SymbolImage::setColor(const QColor& color) {
   }
 }
 
+void SymbolImage::draw(QPainter& painter, const QRectF& place, const QString& name, const QColor& color) {
+  QSvgRenderer renderer{QStringLiteral(":/symbols/%1.svg").arg(name)};
+  renderer.render(&painter, place);
+  painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+  painter.fillRect(place, color);
+}
+
 void SymbolImage::paint(QPainter* painter) {
   const qreal side = std::min(width(), height());
-  QSvgRenderer renderer{QStringLiteral(":/symbols/%1.svg").arg(name_)};
-  renderer.render(painter, QRectF{(width() - side) / 2, (height() - side) / 2, side, side});
-  painter->setCompositionMode(QPainter::CompositionMode_SourceIn);
-  painter->fillRect(boundingRect(), color_);
+  draw(*painter, {(width() - side) / 2, (height() - side) / 2, side, side}, name_, color_);
 }
 
 }  // namespace kestrel::companion

@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QQuickPaintedItem>
+#include <QRectF>
 #include <QString>
 #include <QtQmlIntegration>
 
@@ -9,8 +10,8 @@ class QPainter;
 
 namespace kestrel::companion {
 
-/// Draws one of the symbols in one colour, at the resolution of the screen it is on. Silent to screen readers: the
-/// text beside a symbol says it all.
+/// Draws one of the symbols in one colour, at the resolution of the screen it is on. Silent to screen
+/// readers: the text beside a symbol says it all.
 class SymbolImage : public QQuickPaintedItem {
   Q_OBJECT
   QML_ELEMENT
@@ -27,6 +28,10 @@ class SymbolImage : public QQuickPaintedItem {
   /// The colour of its lines.
   QColor color() const { return color_; }
   void setColor(const QColor& color);
+
+  /// Draws the symbol `name` in `color` into `place`. What `painter` has painted there before takes the
+  /// colour too.
+  static void draw(QPainter& painter, const QRectF& place, const QString& name, const QColor& color);
 
   void paint(QPainter* painter) override;
 

@@ -18,31 +18,35 @@ qreal widestDigit(QChar digit, const QFontMetricsF& metrics) {
   return widest;
 }
 
+/// The space on either side of `character` in its cell.
+qreal sideSpace(QChar character, const QFontMetricsF& metrics) {
+  return character.isDigit() ? (widestDigit(character, metrics) - metrics.horizontalAdvance(character)) / 2
+                             : 0;
+}
+
 }  // namespace
+
+// Space can be added only after a character, so that a digit at the very start has none before it.
 
 QString TabularText::markup(const QString& text, const QFont& font) const {
   const QFontMetricsF metrics{font};
-  const auto missing = [&](qsizetype index) {
-    const QChar character = text[index];
-    return character.isDigit() ? widestDigit(character, metrics) - metrics.horizontalAdvance(character) : 0;
-  };
   QString result;
   for (qsizetype index = 0; index < text.size(); ++index) {
-    // A digit stands in the middle of its cell, the first character at the start: space can be added only after one.
-    const qreal after = index == 0 ? missing(index) : missing(index) / 2;
-    const qreal before = index + 1 < text.size() ? missing(index + 1) / 2 : 0;
+    const qreal ofNext = index + 1 < text.size() ? sideSpace(text[index + 1], metrics) : 0;
+    const qreal space = sideSpace(text[index], metrics) + ofNext;
     const QString character = QString{text[index]}.toHtmlEscaped();
-    result += after + before > 0 ? QStringLiteral("<span style=\"letter-spacing:%1px\">%2</span>").arg(after + before).arg(character)
-                                 : character;
+    result += space > 0
+                  ? QStringLiteral("<span style=\"letter-spacing:%1px\">%2</span>").arg(space).arg(character)
+                  : character;
   }
   return result;
 }
 
 qreal TabularText::width(const QString& text, const QFont& font) const {
   const QFontMetricsF metrics{font};
-  qreal width = 0;
+  qreal width = text.isEmpty() ? 0 : -sideSpace(text.front(), metrics);
   for (const QChar character : text) {
-    width += character.isDigit() ? widestDigit(character, metrics) : metrics.horizontalAdvance(character);
+    width += metrics.horizontalAdvance(character) + 2 * sideSpace(character, metrics);
   }
   return width;
 }

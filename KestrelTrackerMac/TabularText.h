@@ -5,9 +5,6 @@
 #include <QString>
 #include <QtQmlIntegration>
 
-class QJSEngine;
-class QQmlEngine;
-
 namespace kestrel::companion {
 
 /// Sets digits in cells of equal width, in fonts whose digits differ in width.
@@ -19,8 +16,9 @@ class TabularText : public QObject {
  public:
   using QObject::QObject;
 
-  /// `text` as rich text in which every digit takes the width of the font's widest. `text` is plain; what markup
-  /// takes as its own is escaped.
+  /// `text` as rich text in which every digit takes the width of the font's widest and stands in the middle
+  /// of it, but for a digit at the very start, which begins where its strokes do. `text` is plain; what
+  /// markup takes as its own is escaped. `font` has no kerning, which would move digits out of their cells.
   Q_INVOKABLE QString markup(const QString& text, const QFont& font) const;
 
   /// The width of `text` in pixels when its digits stand in such cells.

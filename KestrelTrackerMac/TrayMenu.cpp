@@ -1,4 +1,6 @@
 #include <KestrelTrackerMac/MessagesCompanionCoordinator.h>
+#include <KestrelTrackerMac/Palette.h>
+#include <KestrelTrackerMac/SymbolImage.h>
 #include <KestrelTrackerMac/TrayMenu.h>
 #include <KestrelTrackerMac/WindowPresence.h>
 
@@ -8,9 +10,7 @@
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
-#include <QRectF>
 #include <QString>
-#include <QSvgRenderer>
 
 namespace kestrel::companion {
 
@@ -18,16 +18,13 @@ namespace {
 
 /// The symbol in a blue that shows on light panels and on dark ones; macOS tints it itself.
 QIcon symbol() {
-  static const QColor blue{0x0A, 0x84, 0xFF};
-  QSvgRenderer renderer{QStringLiteral(":/symbols/message.badge.waveform.svg")};
+  const QColor blue = Palette::dark().tint;
   QIcon icon;
   for (const int side : {16, 22, 24, 32, 48, 64}) {
     QPixmap picture{side, side};
     picture.fill(Qt::transparent);
     QPainter painter{&picture};
-    renderer.render(&painter, QRectF{picture.rect()});
-    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-    painter.fillRect(picture.rect(), blue);
+    SymbolImage::draw(painter, picture.rect(), QStringLiteral("message.badge.waveform"), blue);
     painter.end();
     icon.addPixmap(picture);
   }

@@ -9,8 +9,8 @@ namespace kestrel::companion {
 class MessagesCompanionCoordinator;
 class WindowPresence;
 
-/// The application's symbol in the desktop's tray and the menu behind it: open, scan, quit. Invisible while the
-/// desktop has no tray. Main thread only, beside a QApplication; the two that it works on outlive it.
+/// The application's symbol in the desktop's tray and the menu behind it: open, scan, quit. Invisible while
+/// the desktop has no tray. Main thread only, beside a QApplication; the two that it works on outlive it.
 class TrayMenu : public QObject {
   Q_OBJECT
 

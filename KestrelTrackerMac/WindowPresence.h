@@ -7,10 +7,10 @@ class QWindow;
 
 namespace kestrel::companion {
 
-/// Whether the main window is on the screen, and what closing it means. Where the desktop has a tray, a closed window
-/// is hidden and the tray's menu brings it back. Where it has none, nothing would be left to bring it back with, and
-/// closing the window ends the application. The tray is asked for at that moment: panels come and go.
-/// Main thread only, beside a QApplication.
+/// Whether the main window is on the screen, and what closing it means. Where the desktop has a tray, a
+/// closed window is hidden and the tray's menu brings it back. Where it has none, nothing would be left to
+/// bring it back with, and closing the window ends the application. The tray is asked for at that moment:
+/// panels come and go. Main thread only, beside a QApplication.
 class WindowPresence : public QObject {
   Q_OBJECT
 

@@ -3,6 +3,7 @@
 #include <KestrelTrackerMac/MessagesCompanionCoordinator.h>
 #include <KestrelTrackerMac/MessagesDatabaseReader.h>
 #include <KestrelTrackerMac/SingleInstance.h>
+#include <KestrelTrackerMac/Translation.h>
 #include <KestrelTrackerMac/TrayMenu.h>
 #include <KestrelTrackerMac/WindowPresence.h>
 #include <KestrelTrackerMac/WriteProtection.h>
@@ -23,9 +24,11 @@ using namespace kestrel::companion;
 
 int main(int argc, char* argv[]) {
   switchOffDiskCaches();
-  // Devices, what a session keeps in memory, and the side files that SQLite keeps beside a database in WAL mode.
-  forbidWritesExceptIn(std::array<std::filesystem::path, 3>{
-      "/dev", qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString(), defaultMessagesDatabase().parent_path()});
+  // Devices, what a session keeps in memory, and the side files that SQLite keeps beside a database in WAL
+  // mode.
+  forbidWritesExceptIn(
+      std::array<std::filesystem::path, 3>{"/dev", qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString(),
+                                           defaultMessagesDatabase().parent_path()});
 
   QApplication application{argc, argv};
   QApplication::setApplicationName(QStringLiteral("tidewell"));
@@ -37,7 +40,7 @@ int main(int argc, char* argv[]) {
   }
 
   QTranslator translator;
-  if (translator.load(QLocale{}, QStringLiteral("tidewell"), QStringLiteral("_"), QStringLiteral(":/i18n"))) {
+  if (translator.load(translationTable(QLocale{}.uiLanguages()))) {
     QApplication::installTranslator(&translator);
   }
 
@@ -46,7 +49,7 @@ int main(int argc, char* argv[]) {
   WindowPresence presence{loadMainWindow(engine, coordinator)};
   QObject::connect(&instance, &SingleInstance::startedAgain, &presence, &WindowPresence::comeForward);
   const TrayMenu tray{coordinator, presence};
-  // Nothing is to be saved, so that nothing is taken down: nobody waits for a scan or a probe that is under way, nor
-  // for Qt 6.4, which now and then falls over the parts of a hidden window.
+  // Nothing is to be saved, so that nothing is taken down: nobody waits for a scan or a probe that is under
+  // way, nor for Qt 6.4, which now and then falls over the parts of a hidden window.
   std::_Exit(QApplication::exec());
 }

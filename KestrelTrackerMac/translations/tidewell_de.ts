@@ -127,9 +127,19 @@
     </context>
     <context>
         <name>MessagesSummaryFigures</name>
-        <message>
-            <source>%lld sent · %lld received</source>
-            <translation>%lld gesendet · %lld empfangen</translation>
+        <message numerus="yes">
+            <source>%lld sent</source>
+            <translation>
+                <numerusform>%lld gesendet</numerusform>
+                <numerusform>%lld gesendet</numerusform>
+            </translation>
+        </message>
+        <message numerus="yes">
+            <source>%lld received</source>
+            <translation>
+                <numerusform>%lld empfangen</numerusform>
+                <numerusform>%lld empfangen</numerusform>
+            </translation>
         </message>
     </context>
     <context>
@@ -235,6 +245,10 @@
     </context>
     <context>
         <name>WindowMenuBar</name>
+        <message>
+            <source>Menu bar</source>
+            <translation>Menüleiste</translation>
+        </message>
         <message>
             <source>Tidewell</source>
             <translation>Tidewell</translation>

@@ -20,7 +20,7 @@ Rectangle {
 
   color: look.fill
   radius: height / 2
-  implicitWidth: label.implicitWidth + 20
+  implicitWidth: label.implicitWidth + 24
   implicitHeight: Math.round(2 * label.font.pixelSize)
   Accessible.role: Accessible.StaticText
   Accessible.name: qsTr("Messages access: %1").arg(look.text)

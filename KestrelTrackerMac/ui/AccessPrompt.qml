@@ -41,4 +41,9 @@ ColumnLayout {
       onClicked: prompt.coordinator.refreshAccess()
     }
   }
+  // A scan that found the access gone has moved the window here, away from the panel that would say why.
+  FailureLabel {
+    text: prompt.coordinator.errorMessage
+    Layout.fillWidth: true
+  }
 }

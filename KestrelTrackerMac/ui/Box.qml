@@ -7,7 +7,6 @@ Rectangle {
   id: box
 
   default property alias content: column.data
-  property alias spacing: column.spacing
   property int padding: 20
 
   color: Theme.colors.box

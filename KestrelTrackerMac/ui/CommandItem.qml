@@ -8,10 +8,10 @@ MenuItem {
   id: item
 
   font.pixelSize: Theme.callout
-  leftPadding: 10
-  rightPadding: 10
-  topPadding: 7
-  bottomPadding: 7
+  leftPadding: 12
+  rightPadding: 12
+  topPadding: 8
+  bottomPadding: 8
   Accessible.name: text
   contentItem: RowLayout {
     spacing: 24
@@ -32,6 +32,12 @@ MenuItem {
   }
   background: Rectangle {
     color: item.highlighted ? Theme.colors.track : "transparent"
-    radius: 6
+    radius: 4
+
+    FocusRing {
+      anchors.margins: 0
+      cornerRadius: 0
+      visible: item.visualFocus
+    }
   }
 }

@@ -7,9 +7,10 @@ RowLayout {
   id: row
 
   required property messagesDayFigures day
-  readonly property font digits: Qt.font({ "pixelSize": Theme.body })
+  readonly property font digits: Qt.font({ "pixelSize": Theme.body, "kerning": false })
 
   spacing: 16
+  Layout.preferredHeight: Math.round(1.45 * Theme.body)
   Accessible.role: Accessible.ListItem
   Accessible.name: qsTr("%1: %2").arg(day.date).arg(day.counts)
 
@@ -18,7 +19,7 @@ RowLayout {
     textFormat: Text.RichText
     font: row.digits
     color: Theme.colors.text
-    Layout.leftMargin: 2
+    Layout.leftMargin: 4
     Accessible.ignored: true
   }
   Item {
@@ -29,7 +30,7 @@ RowLayout {
     textFormat: Text.RichText
     font: row.digits
     color: Theme.colors.secondaryText
-    Layout.rightMargin: 2
+    Layout.rightMargin: 4
     Accessible.ignored: true
   }
 }

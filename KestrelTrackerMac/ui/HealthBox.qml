@@ -14,7 +14,7 @@ Box {
       Layout.preferredHeight: Math.round(1.15 * Theme.title)
     }
     ColumnLayout {
-      spacing: 1
+      spacing: 0
 
       Prose {
         text: qsTr("Apple Health")

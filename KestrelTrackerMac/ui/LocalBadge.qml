@@ -20,7 +20,7 @@ Box {
       Layout.preferredHeight: Math.round(1.7 * Theme.secondTitle)
     }
     ColumnLayout {
-      spacing: 1
+      spacing: 0
 
       Prose {
         text: qsTr("LOCAL")

@@ -8,6 +8,7 @@ ApplicationWindow {
   required property MessagesCompanionCoordinator coordinator
   required property string disclaimer
 
+  objectName: "main"
   title: qsTr("Tidewell")
   width: 1080
   height: 720
@@ -20,11 +21,7 @@ ApplicationWindow {
       coordinator.refreshAccess();
     }
   }
-  onActiveFocusItemChanged: {
-    if (activeFocusItem && activeFocusItem !== view) {
-      view.reveal(activeFocusItem);
-    }
-  }
+  onActiveFocusItemChanged: view.reveal(activeFocusItem)
 
   Action {
     id: scanAction
@@ -35,6 +32,7 @@ ApplicationWindow {
 
   menuBar: WindowMenuBar {
     scanAction: scanAction
+    sideMargin: view.sideMargin
   }
 
   MessagesCompanionRootView {

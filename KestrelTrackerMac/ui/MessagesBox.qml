@@ -32,8 +32,8 @@ Box {
     Layout.fillWidth: true
   }
   Divider {
-    Layout.topMargin: 6
-    Layout.bottomMargin: 10
+    Layout.topMargin: 4
+    Layout.bottomMargin: 8
   }
   SymbolLabel {
     visible: box.accessState === MessagesCompanionCoordinator.Checking

@@ -17,7 +17,20 @@ Flickable {
   function scrollTo(y: real) {
     contentY = Math.max(0, Math.min(y, contentHeight - height));
   }
+  function holds(item: Item): bool {
+    for (let ancestor = item?.parent; ancestor; ancestor = ancestor.parent) {
+      if (ancestor === contentItem) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  // Scrolls to a control of the page that has taken the focus. Menus take it too, and leave the page where it is.
   function reveal(item: Item) {
+    if (!holds(item)) {
+      return;
+    }
     const top = item.mapToItem(contentItem, 0, 0).y;
     const margin = 24;
     if (top - margin < contentY) {
@@ -33,8 +46,19 @@ Flickable {
   pixelAligned: true
   focus: true
   ScrollBar.vertical: ScrollBar {
+    id: bar
     policy: view.contentHeight > view.height ? ScrollBar.AlwaysOn : ScrollBar.AlwaysOff
+    contentItem: Rectangle {
+      implicitWidth: 6
+      radius: 3
+      color: bar.pressed ? Theme.colors.secondaryText : Theme.colors.controlLine
+    }
     Accessible.ignored: true
+  }
+  // A wheel makes a Flickable glide.
+  WheelHandler {
+    enabled: Theme.reduceMotion
+    onWheel: event => view.scrollTo(view.contentY - event.angleDelta.y)
   }
   Keys.onPressed: event => {
     switch (event.key) {
@@ -57,7 +81,7 @@ Flickable {
     spacing: 16
 
     ColumnLayout {
-      spacing: 6
+      spacing: 4
       Layout.fillWidth: true
       Layout.bottomMargin: 4
 

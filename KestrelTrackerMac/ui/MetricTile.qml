@@ -30,7 +30,7 @@ Rectangle {
     anchors.top: parent.top
     anchors.margins: tile.padding
     anchors.topMargin: Math.max(12, tile.padding)
-    spacing: 2
+    spacing: 0
 
     Text {
       text: TabularText.markup(tile.value, tile.valueFont)

@@ -10,13 +10,14 @@ RowLayout {
   required property messagesSummaryFigures figures
   readonly property var values: [figures.activeDays, figures.sent, figures.received, figures.lateNight]
   readonly property string spoken: `${days.spoken}, ${sent.spoken}, ${received.spoken}, ${lateNight.spoken}`
-  readonly property font fullFont: Qt.font({ "pixelSize": Math.round(Theme.largeTitle), "weight": Font.Bold })
+  readonly property font fullFont: Qt.font({ "pixelSize": Math.round(Theme.largeTitle), "weight": Font.Bold, "kerning": false })
   readonly property real fullWidth: Math.max(...values.map(value => TabularText.width(value, fullFont)))
   readonly property real tileWidth: (width - 3 * spacing) / 4
   readonly property int padding: Math.max(8, Math.min(16, (tileWidth - fullWidth) / 2))
   readonly property font valueFont: Qt.font({
     "pixelSize": Math.max(8, Math.floor(fullFont.pixelSize * Math.min(1, (tileWidth - 2 * padding) / fullWidth))),
-    "weight": Font.Bold
+    "weight": Font.Bold,
+    "kerning": false
   })
 
   spacing: 12

@@ -16,7 +16,7 @@ ColumnLayout {
     heading: true
     font.weight: Font.DemiBold
     Layout.fillWidth: true
-    Layout.bottomMargin: 6
+    Layout.bottomMargin: 8
   }
   ColumnLayout {
     spacing: 0

@@ -37,11 +37,13 @@ ColumnLayout {
       width: Math.min(implicitWidth, parent.width)
       spacing: 16
 
-      Prose {
+      // As tall and as centred as the texts beside it, so that all stand on one line.
+      Text {
         text: picker.title
         color: Theme.colors.secondaryText
-        lineSpacing: 1.2
-        wrapMode: Text.NoWrap
+        font.pixelSize: Theme.body
+        verticalAlignment: Text.AlignVCenter
+        Layout.preferredHeight: picker.implicitHeight
         Accessible.ignored: true
       }
       TimeWindowPicker {
@@ -63,12 +65,9 @@ ColumnLayout {
     visible: panel.coordinator.isScanning
     Layout.fillWidth: true
   }
-  SymbolLabel {
+  FailureLabel {
     id: failure
-    visible: panel.coordinator.errorMessage !== ""
-    symbol: "exclamationmark.circle"
     text: panel.coordinator.errorMessage
-    color: Theme.colors.red
     Layout.fillWidth: true
   }
   SummaryView {

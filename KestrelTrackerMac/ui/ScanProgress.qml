@@ -1,29 +1,28 @@
 import QtQuick
-import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import Tidewell
 
 // That a scan runs; still where the system asks for no motion.
 RowLayout {
-  spacing: 10
+  id: progress
+
+  spacing: 8
   Accessible.role: Accessible.StaticText
   Accessible.name: text.text
 
-  BusyIndicator {
-    running: visible
-    visible: !Theme.reduceMotion
-    padding: 0
-    palette.dark: Theme.colors.tint
-    Layout.preferredWidth: 18
-    Layout.preferredHeight: 18
-    Accessible.ignored: true
-  }
   SymbolImage {
-    name: "ellipsis"
+    name: "progress.indicator"
     color: Theme.colors.tint
-    visible: Theme.reduceMotion
-    Layout.preferredWidth: 18
-    Layout.preferredHeight: 18
+    Layout.preferredWidth: 20
+    Layout.preferredHeight: 20
+
+    RotationAnimation on rotation {
+      running: progress.visible && !Theme.reduceMotion
+      from: 0
+      to: 360
+      duration: 1000
+      loops: Animation.Infinite
+    }
   }
   Prose {
     id: text

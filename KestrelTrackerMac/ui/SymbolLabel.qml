@@ -15,7 +15,7 @@ RowLayout {
 
   Accessible.role: heading ? Accessible.Heading : Accessible.StaticText
   Accessible.name: text
-  spacing: Math.round(0.2 * font.pixelSize) + 4
+  spacing: 8
 
   SymbolImage {
     name: label.symbol

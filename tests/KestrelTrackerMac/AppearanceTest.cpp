@@ -1,3 +1,5 @@
+#include "DesktopPortal.h"
+
 #include <KestrelTrackerMac/Appearance.h>
 
 #include <QColor>
@@ -5,8 +7,6 @@
 #include <QEventLoop>
 #include <QGuiApplication>
 #include <QPalette>
-#include <QProcess>
-#include <QString>
 
 #include <gtest/gtest.h>
 
@@ -28,55 +28,20 @@ bool eventually(const std::function<bool()>& condition) {
   return condition();
 }
 
-QByteArray lineOf(QProcess& process) {
-  while (!process.canReadLine() && process.waitForReadyRead(static_cast<int>(patience.count()) * 1000)) {
-  }
-  return process.readLine().trimmed();
-}
-
-/// A desktop portal in a process of its own.
-class Portal {
- public:
-  Portal() {
-    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(QStringLiteral("/usr/bin/python3"), {QStringLiteral(FAKE_PORTAL)});
-    EXPECT_EQ(lineOf(process_), "ready");
-  }
-  ~Portal() {
-    process_.closeWriteChannel();
-    process_.waitForFinished();
-  }
-  Portal(const Portal&) = delete;
-  Portal& operator=(const Portal&) = delete;
-
-  void set(const char* setting) {
-    process_.write(QByteArray{"set "} + setting + "\n");
-    EXPECT_EQ(lineOf(process_), "done");
-  }
-
- private:
-  QProcess process_;
-};
-
 constexpr auto dark = "org.freedesktop.appearance color-scheme uint32 1";
 constexpr auto light = "org.freedesktop.appearance color-scheme uint32 2";
 constexpr auto noPreference = "org.freedesktop.appearance color-scheme uint32 0";
 
-/// A session bus that no other program is on, and an application on it.
+/// An application on a bus of its own.
 class AppearanceTest : public testing::Test {
  protected:
   static void SetUpTestSuite() {
     bus_.emplace();
-    bus_->start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                QStringLiteral("--print-address=1")});
-    qputenv("DBUS_SESSION_BUS_ADDRESS", lineOf(*bus_));
     qputenv("QT_QPA_PLATFORM", "offscreen");
     application_.emplace(argumentCount, arguments.data());
   }
   static void TearDownTestSuite() {
     application_.reset();
-    bus_->kill();
-    bus_->waitForFinished();
     bus_.reset();
   }
   void SetUp() override { usePalette(Qt::black, Qt::white); }
@@ -92,7 +57,7 @@ class AppearanceTest : public testing::Test {
   static inline int argumentCount = 1;
   static inline std::string programName = "test";
   static inline std::array<char*, 2> arguments{programName.data(), nullptr};
-  static inline std::optional<QProcess> bus_;
+  static inline std::optional<SessionBus> bus_;
   static inline std::optional<QGuiApplication> application_;
 };
 
@@ -105,14 +70,14 @@ TEST_F(AppearanceTest, withoutAPortalItIsThePalettes) {
 }
 
 TEST_F(AppearanceTest, startsInTheSchemeOfThePortal) {
-  Portal portal;
+  DesktopPortal portal;
   portal.set(dark);
   const Appearance appearance;
   EXPECT_TRUE(eventually([&] { return appearance.dark(); }));
 }
 
 TEST_F(AppearanceTest, followsThePortalBothWays) {
-  Portal portal;
+  DesktopPortal portal;
   const Appearance appearance;
   int changes = 0;
   QObject::connect(&appearance, &Appearance::darkChanged, [&changes] { ++changes; });
@@ -125,7 +90,7 @@ TEST_F(AppearanceTest, followsThePortalBothWays) {
 }
 
 TEST_F(AppearanceTest, thePortalOutranksThePalette) {
-  Portal portal;
+  DesktopPortal portal;
   portal.set(light);
   const Appearance appearance;
   usePalette(Qt::white, Qt::black);
@@ -138,13 +103,13 @@ TEST_F(AppearanceTest, thePortalOutranksThePalette) {
 TEST_F(AppearanceTest, aPortalThatStartsLaterIsHeard) {
   const Appearance appearance;
   EXPECT_FALSE(appearance.dark());
-  Portal portal;
+  DesktopPortal portal;
   portal.set(dark);
   EXPECT_TRUE(eventually([&] { return appearance.dark(); }));
 }
 
 TEST_F(AppearanceTest, aPortalThatEndsIsForgotten) {
-  std::optional<Portal> portal{std::in_place};
+  std::optional<DesktopPortal> portal{std::in_place};
   portal->set(dark);
   const Appearance appearance;
   EXPECT_TRUE(eventually([&] { return appearance.dark(); }));
@@ -153,7 +118,7 @@ TEST_F(AppearanceTest, aPortalThatEndsIsForgotten) {
 }
 
 TEST_F(AppearanceTest, reducedMotionIsThePortals) {
-  Portal portal;
+  DesktopPortal portal;
   portal.set("org.freedesktop.appearance reduced-motion uint32 1");
   const Appearance appearance;
   EXPECT_TRUE(eventually([&] { return appearance.reduceMotion(); }));
@@ -162,7 +127,7 @@ TEST_F(AppearanceTest, reducedMotionIsThePortals) {
 }
 
 TEST_F(AppearanceTest, desktopsWithoutAnimationsReduceMotion) {
-  Portal portal;
+  DesktopPortal portal;
   portal.set("org.gnome.desktop.interface enable-animations false");
   const Appearance appearance;
   EXPECT_TRUE(eventually([&] { return appearance.reduceMotion(); }));
@@ -171,7 +136,7 @@ TEST_F(AppearanceTest, desktopsWithoutAnimationsReduceMotion) {
 }
 
 TEST_F(AppearanceTest, valuesOfOtherTypesAreNoPreference) {
-  Portal portal;
+  DesktopPortal portal;
   portal.set("org.freedesktop.appearance color-scheme 'dark'");
   portal.set("org.gnome.desktop.interface enable-animations 0");
   const Appearance appearance;

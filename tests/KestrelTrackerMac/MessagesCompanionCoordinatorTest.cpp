@@ -3,8 +3,10 @@
 #include <KestrelTrackerMac/MessagesCompanionCoordinator.h>
 #include <KestrelTrackerMac/MessagesDatabaseReader.h>
 
-#include <QCoroFuture>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
 #include <QCoreApplication>
+#include <QCoroFuture>
 #include <QDir>
 #include <QFile>
 #include <QFuture>
@@ -12,8 +14,6 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
-#include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <deque>
 #include <expected>
@@ -58,9 +58,10 @@ void give(QPromise<Answer>& question, Answer answer) {
 }
 
 MessagesScanSummary summaryOf(std::int64_t days, std::int64_t sent) {
-  return {.requestedDays = days,
-          .scannedAt = instantSinceReferenceDate(800'000'000),
-          .daily = {{.date = "2026-05-09", .sentCount = sent, .receivedCount = 3, .averageMessageLength = {}}}};
+  return {
+      .requestedDays = days,
+      .scannedAt = instantSinceReferenceDate(800'000'000),
+      .daily = {{.date = "2026-05-09", .sentCount = sent, .receivedCount = 3, .averageMessageLength = {}}}};
 }
 
 struct MessagesCompanionCoordinatorTest : testing::Test {
@@ -96,8 +97,9 @@ TEST_F(MessagesCompanionCoordinatorTest, startsCheckingWithNinetyDaysAndNothingE
 }
 
 TEST_F(MessagesCompanionCoordinatorTest, aRefreshTakesTheStateOfTheProbe) {
-  for (const MessagesAccessState state : {MessagesAccessState::ready, MessagesAccessState::needsFullDiskAccess,
-                                          MessagesAccessState::unavailable}) {
+  for (const MessagesAccessState state :
+       {MessagesAccessState::ready, MessagesAccessState::needsFullDiskAccess,
+        MessagesAccessState::unavailable}) {
     coordinator->refreshAccess();
     EXPECT_EQ(coordinator->accessState(), AccessState::Checking);
     give(reader->probes.back(), state);
@@ -145,7 +147,8 @@ TEST_F(MessagesCompanionCoordinatorTest, accessRequiredMovesTheStateAndShowsItsT
 TEST_F(MessagesCompanionCoordinatorTest, otherErrorsShowTheirTextsAndLeaveTheState) {
   becomeReady();
   const std::pair<MessagesScanError, QString> texts[] = {
-      {MessagesScanError::databaseUnavailable, QStringLiteral("Messages history isn’t available on this Mac.")},
+      {MessagesScanError::databaseUnavailable,
+       QStringLiteral("Messages history isn’t available on this Mac.")},
       {MessagesScanError::unsupportedDatabase,
        QStringLiteral("This version of the Messages database isn’t supported yet.")},
       {MessagesScanError::queryFailed,
@@ -169,6 +172,15 @@ TEST_F(MessagesCompanionCoordinatorTest, anUnforeseenErrorIsAFailedQuery) {
   EXPECT_EQ(coordinator->errorMessage(),
             QStringLiteral("Messages activity couldn’t be summarized. No history was saved or sent."));
   EXPECT_EQ(coordinator->accessState(), AccessState::Ready);
+}
+
+TEST_F(MessagesCompanionCoordinatorTest, anUnforeseenErrorOfTheProbeIsUnavailable) {
+  coordinator->refreshAccess();
+  reader->probes.back().setException(std::make_exception_ptr(std::runtime_error{"no memory"}));
+  reader->probes.back().finish();
+  EXPECT_TRUE(
+      QTest::qWaitFor([&] { return coordinator->accessState() == AccessState::Unavailable; }, patience));
+  becomeReady();
 }
 
 TEST_F(MessagesCompanionCoordinatorTest, aFailedScanLeavesTheOldSummaryWithTheErrorText) {
@@ -253,7 +265,8 @@ TEST_F(MessagesCompanionCoordinatorTest, theSummaryIsSetBeforeScanningEnds) {
   });
   coordinator->scan();
   finishScan(summaryOf(90, 2));
-  EXPECT_EQ(order, (std::vector{QStringLiteral("scanning"), QStringLiteral("summary"), QStringLiteral("done")}));
+  EXPECT_EQ(order,
+            (std::vector{QStringLiteral("scanning"), QStringLiteral("summary"), QStringLiteral("done")}));
 }
 
 TEST_F(MessagesCompanionCoordinatorTest, aCoordinatorThatIsGoneTakesNoAnswer) {
@@ -275,8 +288,10 @@ struct RealReader : testing::Test {
 
   void run(const char* sql) {
     sqlite3* connection = nullptr;
-    ASSERT_EQ(sqlite3_open(folder.filePath(QStringLiteral("chat.db")).toUtf8().constData(), &connection), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(connection);
+    ASSERT_EQ(sqlite3_open(folder.filePath(QStringLiteral("chat.db")).toUtf8().constData(), &connection),
+              SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(connection, sql, nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(connection);
     sqlite3_close(connection);
   }
 

@@ -1,7 +1,11 @@
 #include <KestrelTrackerMac/MessagesSummaryFigures.h>
 
-#include <QLocale>
 #include <gtest/gtest.h>
+#include <QByteArrayView>
+#include <QCoreApplication>
+#include <QLocale>
+#include <QString>
+#include <QTranslator>
 
 #include <cstdint>
 #include <limits>
@@ -59,6 +63,31 @@ TEST(MessagesSummaryFigures, aDayReadsSentThenReceivedInTheLocalesIntegers) {
             QStringLiteral("2,000 sent · 2 received"));
   EXPECT_EQ((MessagesSummaryFigures{daysInMay(2), QLocale{QLocale::German}}.recentDays.last().counts),
             QStringLiteral("2.000 sent · 2 received"));
+}
+
+/// A language in which both words have a plural.
+class InflectingTranslator : public QTranslator {
+ public:
+  QString translate(const char*, const char* text, const char*, int count) const override {
+    const QString word =
+        QByteArrayView{text}.endsWith("sent") ? QStringLiteral("envoyé") : QStringLiteral("reçu");
+    return QStringLiteral("%lld ") + (count == 1 ? word : word + u's');
+  }
+};
+
+TEST(MessagesSummaryFigures, eachOfTheTwoNumbersInflectsItsOwnWord) {
+  InflectingTranslator translator;
+  QCoreApplication::installTranslator(&translator);
+  MessagesScanSummary summary = daysInMay(1);
+  const auto counts = [&](std::int64_t sent, std::int64_t received) {
+    summary.daily[0].sentCount = sent;
+    summary.daily[0].receivedCount = received;
+    return MessagesSummaryFigures{summary, english}.recentDays.first().counts;
+  };
+  EXPECT_EQ(counts(1, 2), QStringLiteral("1 envoyé · 2 reçus"));
+  EXPECT_EQ(counts(0, 1), QStringLiteral("0 envoyés · 1 reçu"));
+  EXPECT_EQ(counts(1'000'001, 4'294'967'297), QStringLiteral("1,000,001 envoyés · 4,294,967,297 reçus"));
+  QCoreApplication::removeTranslator(&translator);
 }
 
 TEST(MessagesSummaryFigures, theGreatestSumIsShownWhole) {

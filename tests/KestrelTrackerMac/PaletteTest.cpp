@@ -1,7 +1,7 @@
 #include <KestrelTrackerMac/Palette.h>
 
-#include <QColor>
 #include <gtest/gtest.h>
+#include <QColor>
 
 #include <utility>
 #include <vector>
@@ -51,7 +51,7 @@ TEST_P(PaletteTest, everyTextReadsOnEverySurfaceItStandsOn) {
 
 TEST_P(PaletteTest, theFocusRingIsSeenOnEverySurface) {
   const Palette& p = GetParam().palette;
-  for (const QColor& surface : {p.page, p.box}) {
+  for (const QColor& surface : {p.page, p.box, p.track}) {
     EXPECT_GE(contrastRatio(p.tint, surface), 3.0);
   }
 }

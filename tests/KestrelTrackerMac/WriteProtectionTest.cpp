@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder to write in and one to stay out of, each with a file. The protection binds a process for good, so that
-/// every case runs in a child and ends it with status 0 where all was as expected.
+/// A folder to write in and one to stay out of, each with a file. The protection binds a process for good, so
+/// that every case runs in a child and ends it with status 0 where all was as expected.
 class WriteProtection : public testing::Test {
  protected:
   void SetUp() override {

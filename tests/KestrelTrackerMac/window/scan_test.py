@@ -93,7 +93,7 @@ class WholeScan(WindowTestCase):
     def test_the_menu_bar_has_the_command(self):
         self.write_history(messages=500, days=30)
         window = self.start_ready()
-        window.find("menu bar", "Tidewell").click()
+        window.find("menu item", "Tidewell").click()
         window.find("menu item", "Scan Messages Activity").click()
         window.find("push button", "Scan Again")
 
