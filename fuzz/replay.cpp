@@ -15,6 +15,7 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <system_error>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -62,15 +63,20 @@ Bytes mutated(Bytes bytes, std::mt19937_64& random) {
 
 int main(int count, char** arguments) {
   std::size_t mutations = 200;
+  bool understood = count == 2 || count == 3;
   if (count == 3) {
-    std::from_chars(arguments[2], arguments[2] + std::strlen(arguments[2]), mutations);
+    const char* const end = arguments[2] + std::strlen(arguments[2]);
+    const auto read = std::from_chars(arguments[2], end, mutations);
+    understood = read.ec == std::errc() && read.ptr == end;
+  }
+  if (!understood) {
+    std::fprintf(stderr, "usage: <name>_replay <folder of seeds> [mutations of each seed]\n");
+    return 2;
   }
   std::error_code error;
   std::vector<std::filesystem::path> seeds;
-  if (count >= 2) {
-    for (const auto& entry : std::filesystem::directory_iterator(arguments[1], error)) {
-      seeds.push_back(entry.path());
-    }
+  for (const auto& entry : std::filesystem::directory_iterator(arguments[1], error)) {
+    seeds.push_back(entry.path());
   }
   if (seeds.empty()) {
     std::fprintf(stderr, "replay: no seeds\n");

@@ -22,7 +22,7 @@ void programmingError(std::string_view violation) noexcept {
 }
 
 void setProgrammingErrorEnding(ProgrammingErrorEnding ending) noexcept {
-  chosenEnding.store(ending != nullptr ? ending : &std::abort);
+  chosenEnding.store(ending != nullptr ? ending : &abortWithALine);
 }
 
 }  // namespace kestrel

@@ -15,7 +15,8 @@ namespace kestrel {
 /// Says `violation` to whom it may concern and ends the process; if it returns, the process aborts.
 using ProgrammingErrorEnding = void (*)(std::string_view violation);
 
-/// Chooses the ending for the whole process; none, a null pointer, is to abort. A program calls it once at its start, before it starts a thread.
+/// Chooses the ending for the whole process; a null pointer is the default. A program calls it once at its start,
+/// before it starts a thread.
 void setProgrammingErrorEnding(ProgrammingErrorEnding ending) noexcept;
 
 }  // namespace kestrel

@@ -55,14 +55,26 @@ bool logHolds(const char* path, sqlite3_int64 page, int pageSize) {
   return found;
 }
 
-/// Whether `file` is a database that ends within a page, which no log completes: a checkpoint that was
-/// interrupted leaves such a file, and loses nothing.
+/// Whether something is in the write-ahead log at `path`, by SQLite's own question.
+bool hasLog(const char* path) {
+  int exists = 0;
+  return platform->xAccess(platform, path, SQLITE_ACCESS_EXISTS, &exists) != SQLITE_OK || exists != 0;
+}
+
+/// Whether `file` is what is left of a database: one that ends within a page, which no log completes (a
+/// checkpoint that was interrupted leaves such a file, and loses nothing), or nothing beside a log, which
+/// SQLite would remove.
 bool isCutOff(sqlite3_file* file, sqlite3_filename name) {
   constexpr std::string_view magic("SQLite format 3\0", 16);
   std::array<unsigned char, 20> header{};
   sqlite3_int64 size = 0;
-  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK ||
-      file->pMethods->xRead(file, header.data(), header.size(), 0) != SQLITE_OK ||
+  if (file->pMethods->xFileSize(file, &size) != SQLITE_OK) {
+    return false;
+  }
+  if (size == 0) {
+    return hasLog(sqlite3_filename_wal(name));
+  }
+  if (file->pMethods->xRead(file, header.data(), header.size(), 0) != SQLITE_OK ||
       !std::ranges::equal(std::span(header).first<magic.size()>(), magic)) {
     return false;
   }

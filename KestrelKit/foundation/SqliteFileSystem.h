@@ -10,7 +10,7 @@ namespace kestrel {
 ///   with SQLITE_FULL.
 /// - A database that is opened read-only and ends within a page is refused as SQLITE_CORRUPT, unless its
 ///   write-ahead log holds that page. SQLite would read what is missing as zeros, and rows would vanish without
-///   a word.
+///   a word. So is an empty one that has a log: SQLite would remove the log, though it may only read.
 /// - What is neither a file nor a folder is refused as SQLITE_CANTOPEN, as SQLite itself refuses a socket.
 ///   Opening a pipe would wait for somebody to write into it.
 ///

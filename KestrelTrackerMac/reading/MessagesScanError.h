@@ -10,7 +10,8 @@ enum class MessagesScanError {
   /// all, such
   /// as a pipe or a socket.
   accessRequired,
-  /// Opening it failed for another reason: a folder in its place, a file that ends within a page.
+  /// Opening it failed for another reason: a folder in its place, a file that ends within a page, an empty
+  /// one that has a log.
   databaseUnavailable,
   /// The query cannot be prepared: a table or column is missing, the file is empty or no database, it stayed
   /// locked

@@ -239,6 +239,18 @@ TEST_F(InterruptedCheckpoint, ofADatabaseThatIsReadWithoutItsLogIsRefused) {
   EXPECT_EQ(opening(), SQLITE_CORRUPT);
 }
 
+TEST_F(SqliteFileSystem, refusesAnEmptyDatabaseBesideALogInsteadOfRemovingTheLog) {
+  const auto log = folder / "some.db-wal";
+  for (const char* content : {"", "x"}) {  // to SQLite, one byte is as none
+    std::ofstream(path) << content;
+    std::ofstream(log) << "";
+    EXPECT_EQ(opening(), SQLITE_OK);
+    std::ofstream(log) << "somebody's messages";
+    EXPECT_EQ(opening(), SQLITE_CORRUPT);
+    EXPECT_EQ(bytes(log), "somebody's messages");
+  }
+}
+
 TEST_F(SqliteFileSystem, refusesAPipeInsteadOfWaitingForItsWriter) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   EXPECT_EQ(opening(), SQLITE_CANTOPEN);

@@ -21,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -173,6 +174,14 @@ TEST_F(UnreadableMessages, emptyFileIsUnsupported) {
   EXPECT_EQ(file.bytes(), "");
 }
 
+TEST_F(UnreadableMessages, emptyFileBesideALogIsUnavailableAndTheLogStays) {
+  file.overwrite("");
+  std::ofstream(file.path("-wal")) << "somebody's messages";
+  EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::unavailable);
+  EXPECT_EQ(errorOf(file.path()), MessagesScanError::databaseUnavailable);
+  EXPECT_EQ(MessagesFile::bytes(file.path("-wal")), "somebody's messages");
+}
+
 TEST_F(UnreadableMessages, fileThatIsNoDatabaseIsUnsupported) {
   for (const std::string& content :
        {std::string("x"), std::string("SQLite format 3"), std::string("%PDF-1.7\n"), std::string(100, '\0'),
@@ -194,21 +203,22 @@ TEST_F(UnreadableMessages, truncatedDatabaseNeverGivesACountAtAnyLength) {
     constexpr std::size_t pageSize = 4096;
     constexpr std::size_t header = 20;  // as much as the size of a page and the use of a log need
     const auto outcomeAt = [&](std::size_t size) {
-      file.overwrite(whole.substr(0, size));
+      std::filesystem::resize_file(file.path(), size);  // never longer than before
       return errorOf(file.path());
     };
     EXPECT_EQ(outcomeAt(whole.size()), std::nullopt);
-    std::vector<std::size_t> sizes{0, 1, header - 1, header, header + 1};
-    for (std::size_t cut = 1; cut < whole.size(); cut += cut < 2 * pageSize ? 1 : 509) {
+    outcomeAt(whole.size() - 1);
+    EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::unavailable);
+    std::vector<std::size_t> sizes;
+    for (std::size_t cut = 1; cut < whole.size() - header; cut += cut < 2 * pageSize ? 1 : 509) {
       sizes.push_back(whole.size() - cut);
     }
+    sizes.insert(sizes.end(), {header, header - 1, 1, 0});
     for (const std::size_t size : sizes) {
       const auto expected = size < header || size % pageSize == 0 ? MessagesScanError::unsupportedDatabase
                                                                   : MessagesScanError::databaseUnavailable;
       ASSERT_EQ(outcomeAt(size), expected) << size << " of " << whole.size() << " in mode " << mode;
     }
-    outcomeAt(whole.size() - 1);
-    EXPECT_EQ(probeMessagesAccess(file.path()), MessagesAccessState::unavailable);
     file.overwrite(whole);
   }
 }
