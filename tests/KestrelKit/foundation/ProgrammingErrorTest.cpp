@@ -31,7 +31,7 @@ TEST(ProgrammingErrorDeathTest, endsAsTheProcessChose) {
 TEST(ProgrammingErrorDeathTest, abortsWhenNoEndingIsChosen) {
   EXPECT_EXIT(
       {
-        setProgrammingErrorEnding([] { std::_Exit(4); });
+        setProgrammingErrorEnding([](std::string_view) { std::_Exit(4); });
         setProgrammingErrorEnding(nullptr);
         programmingError("anything");
       },
