@@ -135,6 +135,7 @@ const std::vector<MessagesAccessState> accessStates{
     MessagesAccessState::checking};
 
 struct MainWindowTest : testing::Test {
+  MainWindowTest() { QLocale::setDefault(QLocale::c()); }
   ~MainWindowTest() override {
     close();
     QLocale::setDefault(QLocale::c());
