@@ -1,5 +1,6 @@
 #include "StandardStreams.h"
 
+#include <KestrelKit/foundation/QuotedText.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -39,16 +40,7 @@ std::expected<void, std::string> writeToStandardOutput(std::string_view text) {
 }
 
 void writeErrorLine(std::string_view program, std::string_view message) {
-  std::string line = fmt::format("{}: ", program);
-  for (const char character : message) {
-    const auto byte = static_cast<unsigned char>(character);
-    if (byte < 0x20 || byte == 0x7F) {
-      line += fmt::format("\\u{:04X}", byte);
-    } else {
-      line += character;
-    }
-  }
-  line += '\n';
+  const std::string line = fmt::format("{}: {}\n", program, onOneLine(message));
   std::ignore = writeAll(STDERR_FILENO, line);  // There is nowhere left to say that it failed.
 }
 

@@ -13,9 +13,7 @@ void reserveStandardStreams() noexcept;
 /// Writes `text` to standard output; fails with the system's reason.
 [[nodiscard]] std::expected<void, std::string> writeToStandardOutput(std::string_view text);
 
-/// Writes `program: message` to standard error, as one line whatever is in it: control characters are written
-/// as
-/// `\u000A`.
+/// Writes `program: message` to standard error, as one line whatever is in it (see `onOneLine`).
 void writeErrorLine(std::string_view program, std::string_view message);
 
 }  // namespace kestrel

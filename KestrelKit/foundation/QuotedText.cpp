@@ -1,43 +1,61 @@
 #include <KestrelKit/foundation/QuotedText.h>
 
 #include <fmt/format.h>
+#include <unicode/uchar.h>
+#include <boost/locale/utf.hpp>
 
 #include <cstddef>
-#include <optional>
+#include <cstdint>
 
 namespace kestrel {
 namespace {
 
+using utf8 = boost::locale::utf::utf_traits<char>;
+
 constexpr std::size_t longest = 80;
 
-// The code point at the start of `text` where it is one that a message must not show: a control character, or
-// one that breaks lines.
-struct Hidden {
-  unsigned codePoint;
-  std::size_t bytes;
-};
-std::optional<Hidden> hiddenAtStart(std::string_view text) noexcept {
-  const auto byteAt = [&](std::size_t place) {
-    return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
-  };
-  const unsigned first = byteAt(0);
-  if (first < 0x20U || first == 0x7FU) {
-    return Hidden{first, 1};
+/// Whether a message must not show the character itself: it would break the line, steer the terminal or turn
+/// the order of what follows.
+bool isHidden(UChar32 character) noexcept {
+  switch (u_charType(character)) {
+    case U_CONTROL_CHAR:
+    case U_LINE_SEPARATOR:
+    case U_PARAGRAPH_SEPARATOR:
+      return true;
+    default:
+      return u_hasBinaryProperty(character, UCHAR_BIDI_CONTROL) != 0;
   }
-  if (first == 0xC2U && byteAt(1) >= 0x80U && byteAt(1) <= 0x9FU) {  // U+0080 to U+009F
-    return Hidden{byteAt(1), 2};
-  }
-  if (first == 0xE2U && byteAt(1) == 0x80U && (byteAt(2) == 0xA8U || byteAt(2) == 0xA9U)) {
-    return Hidden{0x2028U + (byteAt(2) - 0xA8U), 3};
-  }
-  return std::nullopt;
 }
 
 constexpr bool continuesCodePoint(char byte) noexcept {
   return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
+std::string escaped(std::string_view text, std::string_view alsoEscaped) {
+  std::string result;
+  while (!text.empty()) {
+    const char* next = text.data();
+    const char32_t character = utf8::decode(next, text.data() + text.size());
+    const bool isValid = boost::locale::utf::is_valid_codepoint(character);
+    const std::string_view bytes = text.substr(0, isValid ? static_cast<std::size_t>(next - text.data()) : 1);
+    if (!isValid) {
+      result += fmt::format("\\x{:02X}", static_cast<unsigned char>(bytes.front()));
+    } else if (isHidden(static_cast<UChar32>(character))) {
+      result += fmt::format("\\u{:04X}", static_cast<std::uint32_t>(character));
+    } else {
+      if (alsoEscaped.contains(bytes.front())) {
+        result += '\\';
+      }
+      result += bytes;
+    }
+    text.remove_prefix(bytes.size());
+  }
+  return result;
+}
+
 }  // namespace
+
+std::string onOneLine(std::string_view text) { return escaped(text, ""); }
 
 std::string shortened(std::string_view text) {
   const bool cut = text.size() > longest;
@@ -48,19 +66,7 @@ std::string shortened(std::string_view text) {
     }
     text = text.substr(0, end);
   }
-  std::string result;
-  while (!text.empty()) {
-    if (const auto hidden = hiddenAtStart(text)) {
-      result += fmt::format("\\u{:04X}", hidden->codePoint);
-      text.remove_prefix(hidden->bytes);
-      continue;
-    }
-    if (text.front() == '"' || text.front() == '\\') {
-      result += '\\';
-    }
-    result += text.front();
-    text.remove_prefix(1);
-  }
+  std::string result = escaped(text, "\"\\");
   if (cut) {
     result += "…";
   }
