@@ -69,8 +69,9 @@ int main(int argc, char** argv) {
       .details =
           "Reads the Messages database once and prints, for each day with a message: messages sent and "
           "received, active conversations, messages between midnight and five, and the average length of "
-          "a text. It reads no more of a text than its length, writes no file and opens no network "
-          "connection.\n"
+          "a text. It reads no more of a text than its length, writes no file of its own and opens no "
+          "network connection. Beside a database in WAL mode SQLite keeps its two side files, -shm and "
+          "-wal, and makes the missing ones.\n"
           "\n"
           "Days are those of the user's calendar, which is that of the locale in LC_ALL, LC_TIME or LANG, "
           "in the time zone of the run. The digits of the table follow the locale in LC_ALL, LC_NUMERIC "
