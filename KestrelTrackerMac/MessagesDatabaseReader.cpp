@@ -8,10 +8,21 @@
 
 namespace kestrel::companion {
 
+namespace {
+
+void startThread(QThreadPool& pool, QThread::Priority priority) {
+  pool.setThreadPriority(priority);
+  pool.setMaxThreadCount(1);
+  pool.setExpiryTimeout(-1);
+  pool.start([] {});
+}
+
+}  // namespace
+
 MessagesDatabaseReader::MessagesDatabaseReader(std::filesystem::path databaseURL)
     : databaseURL_(std::move(databaseURL)) {
-  probes_.setThreadPriority(QThread::LowPriority);
-  scans_.setThreadPriority(QThread::NormalPriority);
+  startThread(probes_, QThread::LowPriority);
+  startThread(scans_, QThread::NormalPriority);
 }
 
 // What is awaited has a name in both functions: GCC 12 destroys the captures of a lambda twice when it is

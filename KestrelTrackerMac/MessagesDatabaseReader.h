@@ -16,9 +16,10 @@
 
 namespace kestrel::companion {
 
-/// Reads the Messages database itself, each operation on a thread of its own pool: the probe below the
-/// priority of the window, a scan, which a person waits for, at the window's own. Lives on the main thread;
-/// its destructor waits for what is running.
+/// Reads the Messages database itself, on two threads: the probes below the priority of the window, the
+/// scans, which a person waits for, at the window's own. Both threads start with the reader and last as long,
+/// so that what binds threads started later does not bind them. Lives on the main thread; its destructor
+/// waits for what is running.
 class MessagesDatabaseReader final : public MessagesActivityReading {
  public:
   /// A reader of the database at `databaseURL`, by default the current user's.

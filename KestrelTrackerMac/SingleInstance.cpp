@@ -1,5 +1,6 @@
 #include <KestrelTrackerMac/SingleInstance.h>
 
+#include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
@@ -16,12 +17,18 @@ namespace {
 /// Where a session gives every user a folder for such names; also said where the session does not say it, so
 /// that a start from a bare terminal meets the one from the desktop.
 QString runtimeFolder() {
-  return qEnvironmentVariable("XDG_RUNTIME_DIR", QStringLiteral("/run/user/%1").arg(getuid()));
+  const QString named = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  return named.isEmpty() ? QStringLiteral("/run/user/%1").arg(getuid()) : named;
 }
 
 QString localName() {
 #ifdef Q_OS_LINUX
-  return QDir{runtimeFolder()}.filePath(QStringLiteral("tidewell"));
+  const QString path = QDir{runtimeFolder()}.filePath(QStringLiteral("tidewell"));
+  static constexpr qsizetype room = 107;  // of a name in the kernel, in bytes
+  const QByteArray name = path.toUtf8();
+  return name.size() <= room
+             ? path
+             : QString::fromLatin1(QCryptographicHash::hash(name, QCryptographicHash::Sha256).toHex());
 #else
   return QDir::temp().filePath(QStringLiteral("tidewell-%1").arg(getuid()));
 #endif
@@ -73,6 +80,7 @@ bool SingleInstance::claim(std::chrono::milliseconds patience) {
     // It was about to end, and took the name with it.
     QThread::msleep(pause);
   } while (!deadline.hasExpired());
+  qWarning("tidewell: it runs already and does not answer");
   return false;
 }
 

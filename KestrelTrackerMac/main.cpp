@@ -1,3 +1,4 @@
+#include <KestrelKit/foundation/QuotedText.h>
 #include <KestrelTrackerMac/DiskCaches.h>
 #include <KestrelTrackerMac/MainWindow.h>
 #include <KestrelTrackerMac/MessagesCompanionCoordinator.h>
@@ -7,44 +8,79 @@
 #include <KestrelTrackerMac/TrayMenu.h>
 #include <KestrelTrackerMac/WindowPresence.h>
 #include <KestrelTrackerMac/WriteProtection.h>
-#include <KestrelTrackerMac/reading/MessagesDatabase.h>
 
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QLocale>
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
 #include <QTranslator>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
+using namespace kestrel;
 using namespace kestrel::companion;
+
+namespace {
+
+/// There are none but those of Qt, which has taken its own, and the usual two.
+void obeyArguments() {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      QStringLiteral("Shows per-day activity figures of the local Messages database, in a window."));
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
+  const bool understood = parser.parse(QApplication::arguments());
+  if (understood && parser.isSet(help)) {
+    parser.showHelp();
+  }
+  if (understood && parser.isSet(version)) {
+    parser.showVersion();
+  }
+  if (!understood || !parser.positionalArguments().isEmpty()) {
+    constexpr int wrongUse = 2;
+    const QString what = understood ? QStringLiteral("It takes no files or words.") : parser.errorText();
+    std::fprintf(stderr, "tidewell: %s\n", onOneLine(what.toStdString()).c_str());
+    std::_Exit(wrongUse);
+  }
+}
+
+}  // namespace
 
 int main(int argc, char* argv[]) {
   switchOffDiskCaches();
-  // Devices, what a session keeps in memory, and the side files that SQLite keeps beside a database in WAL
-  // mode.
+  // Its threads come before the protection and are not bound by it: beside a database in WAL mode SQLite
+  // keeps side files, wherever that database turns out to be by then.
+  auto reader = std::make_unique<MessagesDatabaseReader>();
+  // Devices, and what a session keeps in memory.
   forbidWritesExceptIn(
-      std::array<std::filesystem::path, 3>{"/dev", qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString(),
-                                           defaultMessagesDatabase().parent_path()});
+      std::array<std::filesystem::path, 2>{"/dev", qEnvironmentVariable("XDG_RUNTIME_DIR").toStdString()});
 
   QApplication application{argc, argv};
   QApplication::setApplicationName(QStringLiteral("tidewell"));
+  QApplication::setApplicationVersion(QStringLiteral(TIDEWELL_VERSION));
   QApplication::setDesktopFileName(QStringLiteral("tidewell"));
+  obeyArguments();
 
   SingleInstance instance;
   if (!instance.claim()) {
     return 0;
   }
+  // A display that goes away ends the process in the midst of Qt, whose other threads cannot bear what
+  // destructors take from them.
+  std::atexit([] { std::_Exit(EXIT_FAILURE); });
 
   QTranslator translator;
   if (translator.load(translationTable(QLocale{}.uiLanguages()))) {
     QApplication::installTranslator(&translator);
   }
 
-  MessagesCompanionCoordinator coordinator{std::make_unique<MessagesDatabaseReader>()};
+  MessagesCompanionCoordinator coordinator{std::move(reader)};
   QQmlApplicationEngine engine;
   WindowPresence presence{loadMainWindow(engine, coordinator)};
   QObject::connect(&instance, &SingleInstance::startedAgain, &presence, &WindowPresence::comeForward);

@@ -85,6 +85,13 @@ TEST_F(SingleInstanceTest, aSecondStartCallsTheFirstAndDoesNotRun) {
   EXPECT_EQ(calls, 2);
 }
 
+TEST_F(SingleInstanceTest, aRuntimeFolderWithALongPathIsAsGood) {
+  qputenv("XDG_RUNTIME_DIR", (runtimeFolder() + QStringLiteral("/x").repeated(60)).toUtf8());
+  SingleInstance first;
+  ASSERT_TRUE(first.claim());
+  EXPECT_FALSE(claimsElsewhere());
+}
+
 TEST_F(SingleInstanceTest, theNameIsFreeWhenTheFirstHasEnded) {
   std::optional<SingleInstance> first{std::in_place};
   ASSERT_TRUE(first->claim());

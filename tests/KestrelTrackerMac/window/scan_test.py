@@ -75,6 +75,34 @@ class WholeScan(WindowTestCase):
         window.find("push button", "Check Again").press()
         window.find("push button", "Scan Locally")
 
+    def assert_scans_with_side_files(self, window):
+        """A database in WAL mode whose side files are missing: SQLite makes them."""
+        self.change_history("PRAGMA journal_mode = WAL")
+        window.find("push button", "Check Again").press()
+        window.find("push button", "Scan Locally").press()
+        window.find("push button", "Scan Again")
+        self.assert_shows(window, self.days_since(0)[-90:])
+
+    def test_a_history_in_a_folder_made_later_is_read(self):
+        self.database.parent.rmdir()
+        window = self.start()
+        window.fill_the_display()
+        window.find("label", "Messages access: Permission needed")
+        self.database.parent.mkdir()
+        self.write_history(messages=300, days=20)
+        self.assert_scans_with_side_files(window)
+
+    def test_a_history_behind_a_link_is_read(self):
+        window = self.start()
+        window.fill_the_display()
+        window.find("label", "Messages access: Permission needed")
+        self.write_history(messages=300, days=20)
+        elsewhere = self.home / "elsewhere"
+        elsewhere.mkdir()
+        self.database = self.database.rename(elsewhere / "chat.db")
+        (self.home / "Library/Messages/chat.db").symlink_to(self.database)
+        self.assert_scans_with_side_files(window)
+
     def test_a_failed_scan_keeps_the_earlier_summary(self):
         self.write_history(messages=500, days=30)
         window = self.start_ready()
