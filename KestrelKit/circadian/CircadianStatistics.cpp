@@ -129,7 +129,7 @@ std::optional<double> CircadianStatistics::sleepRegularitySDMinutes(std::span<co
   // minute.
   const bool areIdentical =
       std::ranges::adjacent_find(midSleepMinutes, std::not_equal_to()) == midSleepMinutes.end();
-  if (resultant >= 1 || areIdentical) {
+  if (resultant >= 1 || (areIdentical && !std::isnan(resultant))) {
     return 0.0;
   }
   return std::sqrt(-2 * std::log(std::max(resultant, 0.0))) / fullCircle * minutesPerDay;
