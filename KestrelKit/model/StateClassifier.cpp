@@ -184,31 +184,27 @@ void writeReport(const Verdict& verdict, StateClassification& result) {
   result.isValidated = rulesState != KestrelState::unknown && rulesState == report.state;
   result.reasons.resize(1);
   std::string& reason = result.reasons.front();
-  switch (report.origin) {
-    case SelfReportSource::manual: {
-      const auto percentage = static_cast<double>(report.percentage);
-      result.confidence = percentage / 100;
-      result.source = ClassificationSource::manual;
-      result.selfReportConfidence = percentage;
-      result.selfReportNotes = report.notes;
-      if (report.notes) {
-        join(reason, {"Self-reported: ", *report.notes});
-      } else {
-        reason = "Self-reported by user";
-      }
-      break;
+  if (report.origin == SelfReportSource::manual) {
+    const auto percentage = static_cast<double>(report.percentage);
+    result.confidence = percentage / 100;
+    result.source = ClassificationSource::manual;
+    result.selfReportConfidence = percentage;
+    result.selfReportNotes = report.notes;
+    if (report.notes) {
+      join(reason, {"Self-reported: ", *report.notes});
+    } else {
+      reason = "Self-reported by user";
     }
-    case SelfReportSource::keyword:
-      result.confidence = keywordConfidence;
-      result.source = ClassificationSource::keyword;
-      result.selfReportConfidence.reset();
-      result.selfReportNotes.reset();
-      if (report.keyword) {
-        join(reason, {"Keyword detected: \"", *report.keyword, "\""});
-      } else {
-        reason = "Keyword detected in messages";
-      }
-      break;
+  } else {
+    result.confidence = keywordConfidence;
+    result.source = ClassificationSource::keyword;
+    result.selfReportConfidence.reset();
+    result.selfReportNotes.reset();
+    if (report.keyword) {
+      join(reason, {"Keyword detected: \"", *report.keyword, "\""});
+    } else {
+      reason = "Keyword detected in messages";
+    }
   }
 }
 
