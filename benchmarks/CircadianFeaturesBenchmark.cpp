@@ -33,7 +33,6 @@ namespace {
 using kestrel::CircadianFeatures;
 using kestrel::CircadianObservations;
 using kestrel::CircadianStatistics;
-using kestrel::benchmark::median;
 
 constexpr int people = 10'000;
 constexpr int days = 365;
@@ -175,7 +174,7 @@ int main(int count, char** arguments) {
     std::vector<double> togetherRatio;
     for (int round = 0; round < rounds; ++round) {
       std::vector<CircadianFeatures> features(people);
-      ours.push_back(kestrel::benchmark::processorMilliseconds(
+      ours.push_back(processorMilliseconds(
           [&] { std::ranges::transform(observations, features.begin(), CircadianStatistics::features); }));
       writeFeatures(folder / "features", features);
       const auto numPy = askNumPy(arguments[1], folder);

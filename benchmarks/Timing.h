@@ -4,10 +4,8 @@
 #include <ctime>
 #include <vector>
 
-namespace kestrel::benchmark {
-
-/// The processor time, in milliseconds, that this process needs for `work`: what else the machine does counts
-/// less than in time by the clock.
+/// The processor time in milliseconds that `work` takes: what else the machine does counts less than in time
+/// by the clock.
 template <typename Work>
 double processorMilliseconds(const Work& work) {
   const auto used = [] {
@@ -20,11 +18,8 @@ double processorMilliseconds(const Work& work) {
   return used() - before;
 }
 
-/// Of at least one value.
 inline double median(std::vector<double> values) {
   std::ranges::sort(values);
   const auto middle = values.size() / 2;
   return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
-
-}  // namespace kestrel::benchmark

@@ -507,7 +507,8 @@ TEST(StateClassifier, findsAReportUnderTheDaysOwnKey) {
 
 TEST(StateClassifier, replacesWhatTheCallersResultHeld) {
   const auto days = seriesOf({manic, severe, manic, well, severe});
-  const UserReports reports{{"2024-05-05", {.state = State::dysthymia, .percentage = 50, .notes = "n"}}};
+  const UserReports reports{{"2024-05-04", {.state = State::mania, .origin = SelfReportSource::keyword}},
+                            {"2024-05-05", {.state = State::dysthymia, .percentage = 50, .notes = "n"}}};
   std::vector<StateClassification> result(9, {.date = "before",
                                               .predictedState = State::psychosis,
                                               .confidence = 2,
