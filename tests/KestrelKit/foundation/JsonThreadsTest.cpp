@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstddef>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <pthread.h>
 
 namespace kestrel {
 namespace {
@@ -34,6 +37,40 @@ TEST(JsonThreads, shareOneEncoderAndOneDecoder) {
     }
   }
   EXPECT_EQ(wrong, 0);
+}
+
+std::string nestedRings(int levels) {
+  std::string json = R"({"date":"d","inner":[]})";
+  for (int level = 2; level < levels; level += 2) {
+    json = R"({"date":"d","inner":[)" + json + "]}";
+  }
+  return json;
+}
+
+TEST(JsonThreads, readTheDeepestDocumentOnAThreadWithAMegabyteOfStack) {
+  pthread_attr_t settings;
+  ASSERT_EQ(pthread_attr_init(&settings), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&settings, std::size_t{1} << 20U), 0);
+  pthread_t thread{};
+  ASSERT_EQ(pthread_create(
+                &thread, &settings,
+                [](void*) -> void* {
+                  // Records within records, what no field takes, and what a field refuses.
+                  const std::string lists = std::string(511, '[') + std::string(511, ']');
+                  const bool right =
+                      decoder.decode<testing::Ring>(nestedRings(512)) &&
+                      !decoder.decode<testing::Ring>(nestedRings(514)) &&
+                      decoder.decode<testing::Ring>(R"({"date":"d","inner":[],"x":)" + lists + "}") &&
+                      !decoder.decode<testing::Ring>(R"({"date":)" + lists + "}");
+                  static constinit int token = 0;
+                  return right ? &token : nullptr;
+                },
+                nullptr),
+            0);
+  void* result = nullptr;
+  ASSERT_EQ(pthread_join(thread, &result), 0);
+  EXPECT_NE(result, nullptr);
+  pthread_attr_destroy(&settings);
 }
 
 }  // namespace
