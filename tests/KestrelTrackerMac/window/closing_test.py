@@ -25,15 +25,6 @@ class Closing(WindowTestCase):
         key("alt+F4")
         self.assertEqual(window.wait_for_end(), 0)
 
-    def write_history_without_end(self):
-        self.write_history(messages=0, days=1)
-        # A view that never comes to an end, in the place of the table: the scan runs until the process ends.
-        self.change_history("""
-            ALTER TABLE message RENAME TO kept;
-            CREATE VIEW message AS
-              WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
-              SELECT i AS ROWID, 900000000 + i % 1000 AS date, 0 AS is_from_me, NULL AS text FROM n""")
-
     def test_closing_during_a_scan_ends_with_0_and_does_not_wait_for_it(self):
         self.write_history_without_end()
         window = self.start_ready()

@@ -39,6 +39,16 @@ class WindowTestCase(unittest.TestCase):
         connection.executescript(statements)
         connection.close()
 
+    def write_history_without_end(self):
+        """A history whose scan runs until the process ends."""
+        self.write_history(messages=0, days=1)
+        # A view that never comes to an end, in the place of the table.
+        self.change_history("""
+            ALTER TABLE message RENAME TO kept;
+            CREATE VIEW message AS
+              WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
+              SELECT i AS ROWID, 900000000 + i % 1000 AS date, 0 AS is_from_me, NULL AS text FROM n""")
+
     def start(self, program=PROGRAM, **environment):
         window = Tidewell(program, self.home, environment)
         self.addCleanup(window.__exit__)
