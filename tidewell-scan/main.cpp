@@ -45,6 +45,7 @@ std::string_view name(MessagesAccessState state) {
 /// The locale that the environment names for numbers.
 std::string_view numberLocale() {
   for (const char* variable : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
     if (const char* locale = std::getenv(variable); locale != nullptr && *locale != '\0') {
       return locale;
     }
@@ -62,6 +63,7 @@ std::expected<std::string, Failure> asJson(const MessagesScanSummary& summary, J
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): where memory has run out, ending is all there is to do
 int main(int argc, char** argv) {
   Program program({
       .name = "tidewell-scan",

@@ -22,6 +22,7 @@ TEST(JsonThreads, shareOneEncoderAndOneDecoder) {
   std::atomic<int> wrong = 0;
   {
     std::vector<std::jthread> threads;
+    threads.reserve(4);
     for (int thread = 0; thread < 4; ++thread) {
       threads.emplace_back([&wrong, thread] {
         for (int round = 0; round < 500; ++round) {
@@ -39,10 +40,15 @@ TEST(JsonThreads, shareOneEncoderAndOneDecoder) {
   EXPECT_EQ(wrong, 0);
 }
 
+/// Records within records, `levels` of objects and lists in all, an even number.
 std::string nestedRings(int levels) {
-  std::string json = R"({"date":"d","inner":[]})";
+  std::string json;
   for (int level = 2; level < levels; level += 2) {
-    json = R"({"date":"d","inner":[)" + json + "]}";
+    json += R"({"date":"d","inner":[)";
+  }
+  json += R"({"date":"d","inner":[]})";
+  for (int level = 2; level < levels; level += 2) {
+    json += "]}";
   }
   return json;
 }
