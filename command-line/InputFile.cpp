@@ -48,7 +48,7 @@ std::size_t likelySize(int descriptor) {
 }  // namespace
 
 InputFile::InputFile(CLI::App& app, const std::string& what) {
-  app.add_option("FILE", path_, what)->type_name("FILE")->default_str("standard input, which is also -");
+  app.add_option("FILE", path_, what)->type_name("FILE")->default_str("-, standard input");
 }
 
 bool InputFile::isTyped() const { return isStandardInput() && isatty(STDIN_FILENO) == 1; }

@@ -6,11 +6,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <utility>
 
 namespace kestrel {
 
-Progress::Progress(std::string program) : program_(std::move(program)) {
+Progress::Progress() {
   if (isatty(STDERR_FILENO) == 1) {
     teller_ = std::thread([this] { tell(); });
   }
@@ -33,7 +32,7 @@ void Progress::tell() {
   std::unique_lock lock(mutex_);
   for (std::chrono::seconds worked(1); !ended_.wait_until(lock, begin + worked, [this] { return isEnded_; });
        ++worked) {
-    showPassingLine(fmt::format("{}: working, {} s", program_, worked.count()));
+    showPassingLine(fmt::format("working, {} s", worked.count()));
   }
 }
 

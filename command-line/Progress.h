@@ -2,7 +2,6 @@
 
 #include <condition_variable>
 #include <mutex>
-#include <string>
 #include <thread>
 
 namespace kestrel {
@@ -11,8 +10,7 @@ namespace kestrel {
 /// then every second, in one line that it wipes at its end. Only where standard error is a terminal.
 class Progress {
  public:
-  /// `program` stands before what is said.
-  explicit Progress(std::string program);
+  Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress();
@@ -20,7 +18,6 @@ class Progress {
  private:
   void tell();
 
-  std::string program_;
   std::mutex mutex_;
   std::condition_variable ended_;
   bool isEnded_ = false;
