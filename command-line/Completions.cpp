@@ -204,15 +204,15 @@ std::string bashCompletion(const Command& program) {
     script += "  local command= place\n";
     script += "  for ((place = 1; place < COMP_CWORD; ++place)); do\n";
     script += "    case ${COMP_WORDS[place]} in\n";
-    script += afterOne(options.all, "[[ ${COMP_WORDS[place + 1]} == = ]] && ((++place)); ((++place))");
     script += fmt::format(
+        "      {}) [[ ${{COMP_WORDS[place + 1]}} == = ]] && ((++place)); ((++place)) ;;\n"
         "      *) case \"$command ${{COMP_WORDS[place]}}\" in\n"
         "        {}) command+=\" ${{COMP_WORDS[place]}}\" ;;\n"
         "      esac ;;\n"
         "    esac\n"
         "  done\n"
         "  case $command in\n",
-        fmt::join(quotedPaths(program), " | "));
+        fmt::join(options.all, " | "), fmt::join(quotedPaths(program), " | "));
     for (const Command* command : withCommands(program)) {
       script += fmt::format("    '{}')\n{}      ;;\n", pathOf(*command), bashOffer(*command, "      "));
     }

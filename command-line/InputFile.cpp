@@ -1,14 +1,12 @@
 #include <command-line/InputFile.h>
 
 #include <fcntl.h>
-#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
-#include <string_view>
 #include <system_error>
 
 namespace kestrel {
@@ -55,9 +53,9 @@ bool InputFile::isTyped() const { return isStandardInput() && isatty(STDIN_FILEN
 
 std::expected<std::string, Failure> InputFile::read() const {
   const auto failure = [&] {
-    const std::string_view name = isStandardInput() ? "standard input" : path_.empty() ? "\"\"" : path_;
-    return std::unexpected(
-        Failure{ExitStatus::fileFailed, fmt::format("{}: {}", name, std::generic_category().message(errno))});
+    const std::string reason = std::generic_category().message(errno);
+    const std::string name = isStandardInput() ? "standard input" : path_.empty() ? "\"\"" : path_;
+    return std::unexpected(Failure{ExitStatus::fileFailed, name + ": " + reason});
   };
   const Descriptor descriptor(isStandardInput() ? nullptr : &path_);
   if (descriptor.number() < 0) {

@@ -34,20 +34,18 @@ void addSleep(Command& program) {
   Command& command = program.addCommand({
       .name = "sleep",
       .purpose = "join intervals of sleep into nights",
-      .details =
-          "Reads a list of intervals of sleep, {\"start\", \"end\"}, in any order, joins those with short "
-          "gaps into nights, and prints a list of nights: {\"date\", \"midSleepMinutes\", "
-          "\"asleepMinutes\"}. A night bears the day on which it ends; its middle is counted in minutes "
-          "after "
-          "midnight by the clocks of that time; time that intervals share counts once.\n"
-          "\n"
-          "With --day the intervals have stages, {\"start\", \"end\", \"stage\"}, and the night of that day "
-          "is "
-          "printed, or null. Asleep counts what is asleep, asleepUnspecified, asleepCore, asleepDeep, "
-          "asleepREM, core, deep or rem, in upper or lower case.",
-      .example = "echo '[{\"start\": \"2024-05-01T22:00:00Z\",\n"
-                 "    \"end\": \"2024-05-02T06:00:00Z\"}]' |\n"
-                 "  kestrel sleep --gap 30 --timezone UTC",
+      .details = R"(Reads a list of intervals of sleep, {"start", "end"}, in any order, joins those with )"
+                 R"(short gaps into nights, and prints a list of nights: {"date", "midSleepMinutes", )"
+                 R"("asleepMinutes"}. A night bears the day on which it ends; its middle is counted in )"
+                 "minutes after midnight by the clocks of that time; time that intervals share counts "
+                 "once."
+                 "\n\n"
+                 R"(With --day the intervals have stages, {"start", "end", "stage"}, and the night of that )"
+                 "day is printed, or null. Asleep counts what is asleep, asleepUnspecified, asleepCore, "
+                 "asleepDeep, asleepREM, core, deep or rem, in upper or lower case.",
+      .example = R"(echo '[{"start": "2024-05-01T22:00:00Z",
+  "end": "2024-05-02T06:00:00Z"}]' |
+  kestrel sleep --gap 30 --timezone UTC)",
       .exampleDoes = "Prints one night of 480 minutes, with its middle 120 minutes after midnight.",
   });
   struct Options {
@@ -80,22 +78,22 @@ void addFeatures(Command& circadian) {
   Command& command = circadian.addCommand({
       .name = "features",
       .purpose = "work out the circadian features of a day",
-      .details =
-          "Reads what was observed up to a day: {\"date\", \"nights\", \"judgedMidSleepMinutes\", "
-          "\"hourlyActivity\", \"stepCounts\", \"restingHeartRate\", \"baselineRestingHeartRates\", "
-          "\"expectedNights\"}. The nights are those that kestrel sleep prints, judgedMidSleepMinutes is the "
-          "middle of the night to be judged, hourlyActivity has 24 totals from midnight on. "
-          "judgedMidSleepMinutes, hourlyActivity and restingHeartRate may be absent.\n"
-          "\n"
-          "Prints {\"date\", \"phaseDeviationHours\", \"sleepRegularitySDMinutes\", \"durationSDMinutes\", "
-          "\"activity\", \"stepVariabilityCV\", \"restingHRDeviationBpm\", \"coverageNights\", "
-          "\"daysObserved\"}, without those that there was nothing to make of. The activity is "
-          "{\"m10OnsetHour\", \"m10\", \"l5\", \"mesor\", \"relativeAmplitude\"}.",
-      .example = "echo '{\"date\": \"2024-05-02\", \"judgedMidSleepMinutes\": 60,\n"
-                 "  \"nights\": [{\"date\": \"2024-05-01\", \"midSleepMinutes\": 1380,\n"
-                 "    \"asleepMinutes\": 480}],\n"
-                 "  \"stepCounts\": [], \"baselineRestingHeartRates\": [],\n"
-                 "  \"expectedNights\": 7}' | kestrel circadian features",
+      .details = R"(Reads what was observed up to a day: {"date", "nights", "judgedMidSleepMinutes", )"
+                 R"("hourlyActivity", "stepCounts", "restingHeartRate", "baselineRestingHeartRates", )"
+                 R"("expectedNights"}. The nights are those that kestrel sleep prints, )"
+                 "judgedMidSleepMinutes is the middle of the night to be judged, hourlyActivity has 24 "
+                 "totals from midnight on. judgedMidSleepMinutes, hourlyActivity and restingHeartRate may "
+                 "be absent."
+                 "\n\n"
+                 R"(Prints {"date", "phaseDeviationHours", "sleepRegularitySDMinutes", "durationSDMinutes", )"
+                 R"("activity", "stepVariabilityCV", "restingHRDeviationBpm", "coverageNights", )"
+                 R"("daysObserved"}, without those that there was nothing to make of. The activity is )"
+                 R"({"m10OnsetHour", "m10", "l5", "mesor", "relativeAmplitude"}.)",
+      .example = R"(echo '{"date": "2024-05-02", "judgedMidSleepMinutes": 60,
+  "nights": [{"date": "2024-05-01", "midSleepMinutes": 1380,
+   "asleepMinutes": 480}],
+  "stepCounts": [], "baselineRestingHeartRates": [],
+  "expectedNights": 7}' | kestrel circadian features)",
       .exampleDoes = "Prints the features, of which the first says that the night was two hours late.",
   });
   convertJson<CircadianObservations>(command, "What was observed.", CircadianStatistics::features);
@@ -120,14 +118,13 @@ void addClassify(Command& circadian) {
   Command& command = circadian.addCommand({
       .name = "classify",
       .purpose = "tell the state of a day from its circadian features",
-      .details =
-          "Reads {\"features\", \"avg_hrv\"}, the features as kestrel circadian features prints them "
-          "and the day's heart-rate variability as in daily metrics (see kestrel baseline), and prints "
-          "one classification: {\"date\", \"predictedState\", \"confidence\", \"reasons\", "
-          "\"source\"}.",
-      .example = "echo '{\"features\": {\"date\": \"2024-05-02\",\n"
-                 "    \"phaseDeviationHours\": 2.34, \"coverageNights\": 1,\n"
-                 "    \"daysObserved\": 7}}' | kestrel circadian classify",
+      .details = R"(Reads {"features", "avg_hrv"}, the features as kestrel circadian features prints them )"
+                 "and the day's heart-rate variability as in daily metrics (see kestrel baseline), and "
+                 R"(prints one classification: {"date", "predictedState", "confidence", "reasons", )"
+                 R"("source"}.)",
+      .example = R"(echo '{"features": {"date": "2024-05-02",
+  "phaseDeviationHours": 2.34, "coverageNights": 1,
+  "daysObserved": 7}}' | kestrel circadian classify)",
       .exampleDoes = "Prints moderate depression, confidence 0.7, for a phase that is 2.3 hours late.",
   });
   convertJson<Judgeable>(command, "The features and the heart-rate variability.", [](const Judgeable& day) {

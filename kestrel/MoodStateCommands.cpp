@@ -26,6 +26,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kestrel {
@@ -74,8 +75,8 @@ void addStates(Command& program) {
   Command& command = program.addCommand({
       .name = "states",
       .purpose = "list the nine mood states",
-      .details = "Prints the nine mood states in their order, each as {\"state\", \"symbol\", \"shortCode\", "
-                 "\"color\", \"label\", \"group\", \"offersCrisisSupport\"}. The group is elevated, stable, "
+      .details = R"(Prints the nine mood states in their order, each as {"state", "symbol", "shortCode", )"
+                 R"("color", "label", "group", "offersCrisisSupport"}. The group is elevated, stable, )"
                  "depressed or none; the colour is one of the platform's standard colours, by its name.",
       .example = "kestrel states --pretty",
       .exampleDoes = "Prints the list for people to read.",
@@ -88,9 +89,9 @@ void addState(Command& program) {
       .name = "state",
       .purpose = "read the name of a state as it may have been stored",
       .details = "Prints the state that TEXT stands for, as JSON text: a state's name or one that earlier "
-                 "releases stored, in exactly that spelling. Any other text is \"Unknown\".",
+                 R"(releases stored, in exactly that spelling. Any other text is "Unknown".)",
       .example = "kestrel state Manic",
-      .exampleDoes = "Prints \"Mania\".",
+      .exampleDoes = R"(Prints "Mania".)",
   });
   const auto text = std::make_shared<std::string>();
   command.arguments().add_option("TEXT", *text, "The text to read.")->type_name("TEXT")->required();
@@ -101,17 +102,16 @@ void addBaseline(Command& program) {
   Command& command = program.addCommand({
       .name = "baseline",
       .purpose = "work out a person's usual levels from their days",
-      .details =
-          "Reads a list of daily metrics, in any order, and prints the usual levels in the last 28 days with "
-          "data: {\"avgSleep\", \"avgPosts\", \"avgSentiment\"}. With fewer than seven such days these are "
-          "those of nobody in particular: 7 hours, 10 posts, sentiment 0.\n"
-          "\n"
-          "Daily metrics are {\"date\", \"sleep_hours\", \"posts\", \"sentiment\", \"steps\", "
-          "\"sentiment_stdev\", \"avg_hrv\"}. The last two may be absent; an avg_hrv of null says that the "
-          "source measures heart-rate variability but has none for this day. Neither sleep nor posts, both "
-          "0, is a day without data.",
+      .details = "Reads a list of daily metrics, in any order, and prints the usual levels in the last 28 "
+                 R"(days with data: {"avgSleep", "avgPosts", "avgSentiment"}. With fewer than seven such )"
+                 "days they are the default ones: 7 hours, 10 posts, sentiment 0."
+                 "\n\n"
+                 R"(Daily metrics are {"date", "sleep_hours", "posts", "sentiment", "steps", )"
+                 R"("sentiment_stdev", "avg_hrv"}. The last two may be absent; an avg_hrv of null says that )"
+                 "the source measures heart-rate variability but has none for this day. Neither sleep nor "
+                 "posts, both 0, is a day without data.",
       .example = "echo '[]' | kestrel baseline",
-      .exampleDoes = "Prints the usual levels of nobody in particular.",
+      .exampleDoes = "Prints the default levels, since there are no days.",
   });
   convertJson<std::vector<DailyMetrics>>(command, "A list of daily metrics.", Baselines::personal);
 }
@@ -120,7 +120,7 @@ void addBaseline(Command& program) {
 struct Classifiable {
   std::vector<DailyMetrics> days{};
   std::optional<std::map<std::string, SelfReportData>> reports{};  ///< By day key; absent: none.
-  std::optional<Baseline> baseline{};                              ///< Absent: that of nobody in particular.
+  std::optional<Baseline> baseline{};                              ///< Absent: the default one.
 
   static JsonFields jsonFields() {
     using R = Classifiable;
@@ -157,21 +157,21 @@ void addClassify(Command& program) {
   Command& command = program.addCommand({
       .name = "classify",
       .purpose = "tell the state of every day, with reasons",
-      .details =
-          "Reads {\"days\", \"reports\", \"baseline\"}: a list of daily metrics (see kestrel baseline) in "
-          "the order of time, the person's own reports in an object from day to report, and the usual levels "
-          "as kestrel baseline prints them. Without reports there are none; without a baseline it is that of "
-          "nobody in particular.\n"
-          "\n"
-          "A report is {\"state\", \"confidence\", \"notes\", \"source\", \"keyword\"}: the confidence in "
-          "percent, the source manual or keyword; notes and keyword may be absent. It goes before what the "
-          "signals say.\n"
-          "\n"
-          "Prints a list of classifications, one a day: {\"date\", \"predictedState\", \"confidence\", "
-          "\"reasons\", \"source\"} and what a report adds. A day by itself that the days before and after "
-          "contradict is taken for euthymia, unless --each is given.",
-      .example = "echo '{\"days\": [{\"date\": \"2024-05-01\", \"sleep_hours\": 3.5,\n"
-                 "    \"posts\": 18, \"sentiment\": 0.5, \"steps\": 9000}]}' | kestrel classify",
+      .details = R"(Reads {"days", "reports", "baseline"}: a list of daily metrics (see kestrel baseline) )"
+                 "in the order of time, the person's own reports in an object from day to report, and the "
+                 "usual levels as kestrel baseline prints them. Without reports there are none; without a "
+                 "baseline the default one counts."
+                 "\n\n"
+                 R"(A report is {"state", "confidence", "notes", "source", "keyword"}: the confidence in )"
+                 "percent, the source manual or keyword; notes and keyword may be absent. It goes before "
+                 "what the signals say."
+                 "\n\n"
+                 R"(Prints a list of classifications, one a day: {"date", "predictedState", "confidence", )"
+                 R"("reasons", "source"} and what a report adds. An elevated day between two depressed )"
+                 "ones, and a depressed day between two elevated ones, is taken for euthymia, unless "
+                 "--each is given.",
+      .example = R"(echo '{"days": [{"date": "2024-05-01", "sleep_hours": 3.5,
+  "posts": 18, "sentiment": 0.5, "steps": 9000}]}' | kestrel classify)",
       .exampleDoes =
           "Prints one classification: mania, confidence 0.9, for the short night and much activity.",
   });
@@ -192,17 +192,18 @@ void addPredict(Command& program) {
   Command& command = program.addCommand({
       .name = "predict",
       .purpose = "forecast the next days from the last one",
-      .details = "Reads a list of classifications in the order of time, as kestrel classify prints it, and "
-                 "prints the forecast of the days that follow: a list of {\"date\", \"predictedState\", "
-                 "\"probability\"}. The forecast is that the last state lasts. It is empty for fewer than "
-                 "three classifications.",
-      .example = "echo '{\"days\": [{\"date\": \"2024-05-01\", \"sleep_hours\": 7,\n"
-                 "    \"posts\": 9, \"sentiment\": 0, \"steps\": 6000},\n"
-                 "  {\"date\": \"2024-05-02\", \"sleep_hours\": 8,\n"
-                 "    \"posts\": 7, \"sentiment\": -0.1, \"steps\": 4000},\n"
-                 "  {\"date\": \"2024-05-03\", \"sleep_hours\": 9,\n"
-                 "    \"posts\": 5, \"sentiment\": -0.2, \"steps\": 2000}]}' |\n"
-                 "  kestrel classify | kestrel predict --days 2",
+      .details = "Reads a list of classifications in the order of time, as kestrel classify prints it, "
+                 R"(and prints the forecast of the days that follow: a list of {"date", "predictedState", )"
+                 R"("probability"}. The forecast is that the last state lasts. It is empty for fewer than )"
+                 "three classifications, and when the last date is no day.",
+      .example = R"(echo '{"days": [
+  {"date": "2024-05-01", "sleep_hours": 7, "posts": 9,
+   "sentiment": 0, "steps": 6000},
+  {"date": "2024-05-02", "sleep_hours": 8, "posts": 7,
+   "sentiment": -0.1, "steps": 4000},
+  {"date": "2024-05-03", "sleep_hours": 9, "posts": 5,
+   "sentiment": -0.2, "steps": 2000}]}' |
+  kestrel classify | kestrel predict --days 2)",
       .exampleDoes = "Prints two days of dysthymia, each with probability 0.7.",
   });
   const auto days = std::make_shared<std::optional<std::int64_t>>();
@@ -220,17 +221,15 @@ void addShadow(Command& program) {
   Command& command = program.addCommand({
       .name = "shadow",
       .purpose = "score the circadian verdicts against a person's own labels",
-      .details =
-          "Reads a list of {\"date\", \"circadianState\", \"label\"}, in any order, of which both states may "
-          "be absent, and prints {\"scoredDays\", \"circadianAccuracy\", \"baselineAccuracy\"}: the number "
-          "of "
-          "labelled days with a label before them, the share of these on which the circadian state agreed "
-          "with the label, and the share on which the label before did. Two states agree when both are "
-          "elevated, both stable, both depressed, or both unknown.",
-      .example = "echo '[{\"date\": \"2024-05-01\", \"label\": \"Euthymia\"},\n"
-                 "  {\"date\": \"2024-05-02\", \"label\": \"Hypomania\",\n"
-                 "    \"circadianState\": \"Mania\"}]' | kestrel shadow",
-      .exampleDoes = "Scores one day, on which the circadian state agreed and the label before did not.",
+      .details = R"(Reads a list of {"date", "circadianState", "label"}, in any order, of which both states )"
+                 R"(may be absent, and prints {"scoredDays", "circadianAccuracy", "baselineAccuracy"}: the )"
+                 "number of labelled days with a label before them, the share of these on which the "
+                 "circadian state agreed with the label, and the share on which the label before did. Two "
+                 "states agree when both are elevated, both stable, both depressed, or both unknown.",
+      .example = R"(echo '[{"date": "2024-05-01", "label": "Euthymia"},
+  {"date": "2024-05-02", "label": "Hypomania",
+   "circadianState": "Mania"}]' | kestrel shadow)",
+      .exampleDoes = "Scores one day: the circadian state agreed, the label before did not.",
   });
   convertJson<std::vector<ShadowDay>>(command, "A list of days with both states.", ShadowEvaluator::evaluate);
 }

@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
                   "\n" +
                   std::string(Disclaimer::text),
               .example = "kestrel state 'Major Depressive'",
-              .exampleDoes = "Prints what this state is called today: \"Severe Depression\".",
+              .exampleDoes = R"(Prints what this state is called today: "Severe Depression".)",
           },
       .refusal =
           "The input was read and refused: it is not what the command reads, or a result has no JSON form.",
