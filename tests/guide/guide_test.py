@@ -25,8 +25,11 @@ def run(command):
                    "LC_ALL": "C.UTF-8", "TZ": "Europe/Berlin"}
     if "ASAN_OPTIONS" in os.environ:
         environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
-    return subprocess.run(["sh", "-c", command], cwd=EXAMPLES, env=environment, stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, encoding="utf-8", timeout=300, check=True).stdout
+    done = subprocess.run(["sh", "-c", command], cwd=EXAMPLES, env=environment, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, encoding="utf-8", timeout=300, check=False)
+    if done.returncode != 0:
+        raise AssertionError(f"{command.strip()}\nended with status {done.returncode}:\n{done.stdout}")
+    return done.stdout
 
 
 def result(command):
