@@ -23,7 +23,8 @@ struct Day {
 
   bool isExtreme() const noexcept { return sleep > 10 || activity < 0.1; }
 
-  // The limits of mania and of hypomania, widened by a tenth.
+  // The limits of mania and of hypomania, widened by a tenth: whatever an elevated rule takes is near, and
+  // would be if the rules were a little wider.
   bool isNearElevatedBoundary() const noexcept {
     return sleep > 0 && ((sleep <= 4.4 && (activity >= 1.35 || sentiment >= 0.36)) ||
                          (sleep <= 6.6 && (activity >= 1.08 || sentiment >= 0.18)));
@@ -181,7 +182,7 @@ void writeReport(const Verdict& verdict, StateClassification& result) {
   }
 }
 
-// Sets every field of `result`.
+// Sets every field of `result`. What the user reported is neither held back nor smoothed.
 void write(const DailyMetrics& day, const Verdict& verdict, bool isSmoothed, StateClassification& result) {
   result.date = day.date;
   result.isConfirmed.reset();
@@ -236,8 +237,7 @@ void StateClassifier::classifySeries(std::span<const DailyMetrics> days, const U
       nextVerdict = verdictAt(index + 1);
       after = StateTheme::group(nextVerdict.state());
     }
-    const bool isSmoothed = verdict.report == nullptr && isLone(before, group, after);
-    write(days[index], verdict, isSmoothed, result[index]);
+    write(days[index], verdict, isLone(before, group, after), result[index]);
     before = group;
     verdict = nextVerdict;
     group = after;
