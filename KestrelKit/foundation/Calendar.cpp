@@ -17,9 +17,13 @@ namespace kestrel {
 namespace {
 
 using std::chrono::days;
+using std::chrono::December;
 using std::chrono::floor;
 using std::chrono::hours;
+using std::chrono::January;
 using std::chrono::local_days;
+using std::chrono::year;
+using std::chrono::year_month_day;
 
 /// The locale that the environment chooses for times, as the C library chooses it.
 std::string_view timeLocale() {
@@ -61,11 +65,36 @@ class Calendar::Days {
     if (!calendar_ || U_FAILURE(status)) {
       programmingError("ICU has no calendar: its data are missing");
     }
+    // The type alone tells: other calendars that count the same days are subclasses of ICU's Gregorian one.
+    isGregorian_ = calendar_->getType() == std::string_view("gregorian");
   }
 
-  /// The components of midnight; nothing for a day that is not held whole. ICU's range begins and ends with a
-  /// midnight, so noon tells, and a float of milliseconds is exact there at both ends.
+  /// The components of midnight; nothing for a day that is not held whole.
   std::optional<Components> midnightOf(local_days day) const {
+    if (isGregorian_ && firstCivilDay <= day && day <= lastCivilDay) {
+      return civilMidnightOf(day);
+    }
+    return icuMidnightOf(day);
+  }
+
+ private:
+  // The days that the C++ calendar types hold. They cost a small part of what ICU does.
+  static constexpr local_days firstCivilDay{year::min() / January / 1};
+  static constexpr local_days lastCivilDay{year::max() / December / 31};
+
+  static Components civilMidnightOf(local_days day) {
+    const year_month_day date(day);
+    const int sinceChrist = static_cast<int>(date.year());
+    return {.year = sinceChrist > 0 ? sinceChrist
+                                    : 1 - sinceChrist,  // of its era: no year 0 lies between the two
+            .month = static_cast<int>(static_cast<unsigned>(date.month())),
+            .day = static_cast<int>(static_cast<unsigned>(date.day())),
+            .hour = 0};
+  }
+
+  /// As midnightOf(), for any day. ICU's range begins and ends with a midnight, so noon tells, and a float of
+  /// milliseconds is exact there at both ends.
+  std::optional<Components> icuMidnightOf(local_days day) const {
     constexpr UDate dayMilliseconds = 86'400'000;
     const std::unique_ptr<icu::Calendar> calendar(calendar_->clone());
     const UDate noon = (static_cast<UDate>(day.time_since_epoch().count()) + 0.5) * dayMilliseconds;
@@ -81,8 +110,8 @@ class Calendar::Days {
     return U_SUCCESS(status) ? std::optional(components) : std::nullopt;
   }
 
- private:
   std::unique_ptr<icu::Calendar> calendar_;
+  bool isGregorian_ = false;
 };
 
 Calendar::Calendar(std::shared_ptr<const Days> days, TimeZone zone)
@@ -105,21 +134,28 @@ std::optional<Calendar::Components> Calendar::components(Instant instant) const 
   return hour ? std::optional(hour->components) : std::nullopt;
 }
 
+std::optional<Calendar::Components> Calendar::components(std::chrono::local_seconds clockTime) const {
+  const auto day = floor<days>(clockTime);
+  auto components = days_->midnightOf(day);
+  if (components) {
+    components->hour = static_cast<int>((floor<hours>(clockTime) - day).count());
+  }
+  return components;
+}
+
 std::optional<Calendar::Hour> Calendar::hourAround(Instant instant) const {
   const auto time = zone_.clockTime(instant);
   if (!time) {
     return std::nullopt;
   }
-  const auto day = floor<days>(*time);
-  const auto hour = floor<hours>(*time);
-  auto components = days_->midnightOf(day);
-  if (!components) {
+  const auto shown = components(*time);
+  if (!shown) {
     return std::nullopt;
   }
-  components->hour = static_cast<int>((hour - day).count());
+  const auto hour = floor<hours>(*time);
   const auto stretch = zone_.stretchAt(instant);
   const Instant begin(hour.time_since_epoch() - stretch.offset - ReferenceClock::referenceDateSince1970);
-  return Hour{.components = *components,
+  return Hour{.components = *shown,
               .begin = std::max(begin, stretch.begin),
               .end = std::min(begin + Seconds(hours(1)), stretch.end)};
 }

@@ -3,6 +3,7 @@
 #include <KestrelKit/foundation/Instant.h>
 #include <KestrelKit/foundation/TimeZone.h>
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -54,6 +55,9 @@ class Calendar {
   /// The components of `instant`; nothing when it is not finite, or lies in a day that the calendar cannot hold
   /// (some five million years from now or ago).
   std::optional<Components> components(Instant instant) const;
+
+  /// The components of what the clocks show; nothing in a day that the calendar cannot hold.
+  std::optional<Components> components(std::chrono::local_seconds clockTime) const;
 
   /// The hour that `instant` lies in; nothing where components() gives nothing. Whoever walks through many instants
   /// asks again only when one lies outside.

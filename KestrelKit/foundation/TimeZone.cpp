@@ -176,14 +176,21 @@ TimeZone::Stretch TimeZone::stretchAt(Instant instant) const {
   return {toInstant(begin), toInstant(end), seconds(offset)};
 }
 
-std::optional<local_seconds> TimeZone::clockTime(Instant instant) const {
+std::optional<local_seconds> TimeZone::Stretch::clockTime(Instant instant) const {
   const double since = secondsSinceReferenceDate(instant);
   // Written so that a value that is not a number fails, too.
   if (!(std::abs(since) <= exact)) {
     return std::nullopt;
   }
   const seconds whole(static_cast<std::int64_t>(std::floor(since)));
-  return local_seconds(ReferenceClock::referenceDateSince1970 + whole + stretchAt(instant).offset);
+  return local_seconds(ReferenceClock::referenceDateSince1970 + whole + offset);
+}
+
+std::optional<local_seconds> TimeZone::clockTime(Instant instant) const {
+  if (!std::isfinite(secondsSinceReferenceDate(instant))) {
+    return std::nullopt;
+  }
+  return stretchAt(instant).clockTime(instant);
 }
 
 Instant TimeZone::instantOf(local_seconds time) const {

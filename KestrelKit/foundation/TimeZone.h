@@ -36,6 +36,12 @@ class TimeZone {
     Instant begin;                ///< The first instant; minus infinity where nothing came before.
     Instant end;                  ///< The first instant no longer in it; infinity where nothing comes after.
     std::chrono::seconds offset;  ///< What the clocks show minus UTC.
+
+    bool contains(Instant instant) const noexcept { return begin <= instant && instant < end; }
+
+    /// As TimeZone::clockTime(), of an instant in this stretch. Whoever walks through many instants asks the
+    /// zone again only when one lies outside.
+    std::optional<std::chrono::local_seconds> clockTime(Instant instant) const;
   };
 
   /// The stretch that `instant`, which must be finite, lies in.

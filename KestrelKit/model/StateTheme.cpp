@@ -3,10 +3,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <span>
 
 namespace kestrel {
 namespace {
@@ -44,6 +46,10 @@ constexpr const Look& lookOf(KestrelState state) noexcept {
   return looks[static_cast<std::size_t>(static_cast<KestrelState::Case>(state))];
 }
 
+bool isIn(std::span<const KestrelState> states, KestrelState state) noexcept {
+  return std::ranges::find(states, state) != states.end();
+}
+
 std::int64_t percentage(double confidence) {
   const double percent = std::round(confidence * 100);
   // Written so that a value that is not a number fails, too.
@@ -54,6 +60,13 @@ std::int64_t percentage(double confidence) {
 }
 
 }  // namespace
+
+StateGroup StateTheme::group(KestrelState state) noexcept {
+  return isIn(elevatedStates, state)    ? StateGroup::elevated
+         : isIn(stableStates, state)    ? StateGroup::stable
+         : isIn(depressedStates, state) ? StateGroup::depressed
+                                        : StateGroup::none;
+}
 
 SystemColor StateTheme::color(KestrelState state) noexcept { return lookOf(state).color; }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <KestrelKit/model/KestrelState.h>
+#include <KestrelKit/model/StateGroup.h>
 #include <KestrelKit/model/SystemColor.h>
 
 #include <array>
@@ -19,6 +20,9 @@ struct StateTheme {
   static constexpr std::array<KestrelState, 1> stableStates{KestrelState::euthymia};
   static constexpr std::array<KestrelState, 3> depressedStates{
       KestrelState::dysthymia, KestrelState::moderateDepression, KestrelState::severeDepression};
+
+  /// Which of the three lists above `state` is in.
+  static StateGroup group(KestrelState state) noexcept;
 
   static SystemColor color(KestrelState state) noexcept;
 

@@ -24,15 +24,10 @@ using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-using Action = std::function<std::expected<std::string, Failure>()>;
-
-const ProgramDescription nameAlone{.name = "sample",
-                                   .purpose = "",
-                                   .details = "",
-                                   .refusal = "",
-                                   .fileFailure = "",
-                                   .example = "",
-                                   .exampleDoes = ""};
+const ProgramDescription nameAlone{
+    .command = {.name = "sample", .purpose = "", .details = "", .example = "", .exampleDoes = ""},
+    .refusal = "",
+    .fileFailure = ""};
 
 struct Result {
   int status;
@@ -43,21 +38,22 @@ struct Result {
 /// Runs a program with a zone, a number and a flag in this process.
 Result run(
     const std::vector<const char*>& words, const Action& action = [] { return "done\n"; }) {
-  Program program({.name = "sample",
-                   .purpose = "try the command line",
-                   .details = "One paragraph.\n\nAnother.",
+  Program program({.command = {.name = "sample",
+                               .purpose = "try the command line",
+                               .details = "One paragraph.\n\nAnother.",
+                               .example = "sample --loud",
+                               .exampleDoes = "Says it loudly."},
                    .refusal = "It was refused.",
-                   .fileFailure = "It could not be written.",
-                   .example = "sample --loud",
-                   .exampleDoes = "Says it loudly."});
+                   .fileFailure = "It could not be written."});
   bool loud = false;
   program.addTimeZoneOption();
   program.arguments().add_flag("--loud", loud, "Be loud.");
+  program.setAction(action);
   std::vector<const char*> arguments{"sample"};
   arguments.insert(arguments.end(), words.begin(), words.end());
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  const int status = program.run(static_cast<int>(arguments.size()), arguments.data(), action);
+  const int status = program.run(static_cast<int>(arguments.size()), arguments.data());
   return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
@@ -126,7 +122,8 @@ TEST(Program, saysWhichOptionsNeedOrExcludeEachOther) {
     std::vector<const char*> arguments{"sample"};
     arguments.insert(arguments.end(), words);
     testing::internal::CaptureStderr();
-    program.run(static_cast<int>(arguments.size()), arguments.data(), [] { return "done\n"; });
+    program.setAction([] { return "done\n"; });
+    program.run(static_cast<int>(arguments.size()), arguments.data());
     return testing::internal::GetCapturedStderr();
   };
   EXPECT_EQ(said({"--loud"}), "sample: FILE is required (see sample --help)\n");
@@ -164,7 +161,7 @@ TEST(Program, completesWhereNoOptionHasAValue) {
   Program program(nameAlone);
   const std::array arguments{"sample", "--generate", "bash"};
   testing::internal::CaptureStdout();
-  EXPECT_EQ(program.run(3, arguments.data(), [] { return ""; }), 0);
+  EXPECT_EQ(program.run(3, arguments.data()), 0);
   const auto script = testing::internal::GetCapturedStdout();
   EXPECT_THAT(script, HasSubstr("--version"));
   FILE* shell = popen("bash -n", "w");
@@ -217,11 +214,9 @@ TEST(Program, generatesNothingOfAnUnknownKind) { EXPECT_EQ(run({"--generate", "p
 TEST(ProgramDeathTest, endsWith4WhenARuleIsBroken) {
   Program program(nameAlone);
   const std::array arguments{"sample"};
-  EXPECT_EXIT(program.run(1, arguments.data(),
-                          [] -> std::expected<std::string, Failure> {
-                            programmingError("the sum lies beyond 64 bits");
-                          }),
-              ExitedWithCode(4), "^sample: the sum lies beyond 64 bits\n$");
+  program.setAction(
+      [] -> std::expected<std::string, Failure> { programmingError("the sum lies beyond 64 bits"); });
+  EXPECT_EXIT(program.run(1, arguments.data()), ExitedWithCode(4), "^sample: the sum lies beyond 64 bits\n$");
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <KestrelKit/foundation/Calendar.h>
 #include <gtest/gtest.h>
 #include <unicode/calendar.h>
+#include <unicode/gregocal.h>
 #include <unicode/timezone.h>
 
 #include <algorithm>
@@ -234,6 +235,41 @@ TEST(Calendar, hourAgreesWithIcuInEveryCalendar) {
     const Calendar calendar = Calendar::ofLocale(locale, TimeZone::named(zone).value());
     RC_ASSERT(calendar.components(at(sys_seconds(seconds(time)))) == expected);
   }));
+}
+
+TEST(Calendar, gregorianDayIsTheSameWithAndWithoutIcu) {
+  // Days within and beyond what the C++ calendar types hold, about -32767 to 32767 for the years.
+  UErrorCode status = U_ZERO_ERROR;
+  icu::GregorianCalendar proleptic(*icu::TimeZone::getGMT(), icu::Locale("en_US"), status);
+  proleptic.setGregorianChange(-184'303'902'528'000'000.0, status);
+  const auto askIcu = [&](std::int64_t day) {
+    proleptic.setTime((static_cast<UDate>(day) + 0.5) * 86'400'000, status);
+    return Components{proleptic.get(UCAL_YEAR, status), proleptic.get(UCAL_MONTH, status) + 1,
+                      proleptic.get(UCAL_DAY_OF_MONTH, status), 12};
+  };
+  const Calendar utc = gregorianIn("UTC");
+  const auto ask = [&](std::int64_t day) { return utc.components(local_seconds(days(day) + 12h)); };
+  for (const local_days edge :
+       {local_days(year::min() / January / 1), local_days(year::max() / December / 31),
+        local_days(0y / January / 1), local_days(1y / January / 1)}) {
+    const std::int64_t day = edge.time_since_epoch().count();
+    for (const std::int64_t each : {day - 1, day, day + 1}) {
+      EXPECT_EQ(ask(each), askIcu(each)) << each;
+    }
+  }
+  EXPECT_TRUE(rc::check([&] {
+    const auto day = *rc::gen::inRange<std::int64_t>(-20'000'000, 20'000'000);
+    RC_ASSERT(ask(day) == askIcu(day));
+  }));
+  ASSERT_TRUE(U_SUCCESS(status));
+}
+
+TEST(Calendar, componentsOfAClockTimeNeedNoZone) {
+  const local_seconds lastSecond = local_days(2025y / March / 5) - 1s;
+  EXPECT_EQ(gregorianIn("UTC").components(lastSecond), (Components{2025, 3, 4, 23}));
+  EXPECT_EQ(gregorianIn("Asia/Tokyo").components(lastSecond), (Components{2025, 3, 4, 23}));
+  EXPECT_EQ(utcOfLocale("th_TH").components(lastSecond), (Components{2568, 3, 4, 23}));
+  EXPECT_EQ(gregorianIn("UTC").components(local_seconds(days(3'000'000'000))), std::nullopt);
 }
 
 TEST(Calendar, addingDaysKeepsTheTimeOnTheClocks) {

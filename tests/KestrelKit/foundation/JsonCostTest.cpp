@@ -1,14 +1,14 @@
 #include <KestrelKit/foundation/JsonDecoder.h>
+#include <support/Allocations.h>
 #include <support/Specimen.h>
 
 #include <gtest/gtest.h>
+
 #include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "Allocations.h"
 
 namespace kestrel {
 namespace {

@@ -1,6 +1,7 @@
 #include <KestrelKit/foundation/TimeZone.h>
 #include <gtest/gtest.h>
 
+#include <rapidcheck.h>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -8,7 +9,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <rapidcheck.h>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -126,6 +127,26 @@ TEST(TimeZone, clockTimeEndsWhereAFloatTellsNoSecondsApart) {
   for (const double since : {std::nextafter(0x1p53, HUGE_VAL), -std::nextafter(0x1p53, HUGE_VAL), 1e300, HUGE_VAL,
                              -HUGE_VAL, std::nan("")}) {
     EXPECT_EQ(utc.clockTime(instantSinceReferenceDate(since)), std::nullopt) << since;
+  }
+}
+
+TEST(TimeZone, stretchShowsTheTimesOfTheInstantsInIt) {
+  const TimeZone berlin = named("Europe/Berlin");
+  const Instant summerBegins = at(sys_days{2025y / March / 30} + 1h);
+  const Instant before(Seconds(std::nextafter(secondsSinceReferenceDate(summerBegins), 0)));
+  const auto summer = berlin.stretchAt(summerBegins);
+  EXPECT_TRUE(summer.contains(summerBegins));
+  EXPECT_FALSE(summer.contains(before));
+  EXPECT_FALSE(summer.contains(summer.end));
+  EXPECT_FALSE(summer.contains(instantSinceReferenceDate(std::numeric_limits<double>::quiet_NaN())));
+  EXPECT_EQ(summer.clockTime(summerBegins), local_days(2025y / March / 30) + 3h);
+  EXPECT_EQ(berlin.stretchAt(before).clockTime(before), local_days(2025y / March / 30) + 2h - 1s);
+
+  // One without ends still ends where a float tells no seconds apart.
+  const auto utc = TimeZone::utc().stretchAt(Instant{});
+  const double none = std::numeric_limits<double>::quiet_NaN();
+  for (const double time : {0x1p54, -0x1p54, HUGE_VAL, -HUGE_VAL, none}) {
+    EXPECT_EQ(utc.clockTime(instantSinceReferenceDate(time)), std::nullopt) << time;
   }
 }
 

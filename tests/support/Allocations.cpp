@@ -1,6 +1,5 @@
-#include "Allocations.h"
-
 #include <malloc.h>
+#include <support/Allocations.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -10,6 +9,7 @@ using kestrel::Allocations;
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   void* memory = std::malloc(size);
+  Allocations::count += 1;
   Allocations::live += malloc_usable_size(memory);
   Allocations::peak = std::max(Allocations::peak, Allocations::live);
   return memory;

@@ -1,0 +1,47 @@
+#include <KestrelKit/model/ShadowEvaluator.h>
+#include <KestrelKit/model/StateTheme.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace kestrel {
+namespace {
+
+bool agree(std::optional<KestrelState> said, KestrelState label) noexcept {
+  return said && StateTheme::group(*said) == StateTheme::group(label);
+}
+
+}  // namespace
+
+ShadowSummary ShadowEvaluator::evaluate(std::span<const ShadowDay> days) {
+  std::vector<const ShadowDay*> inOrder;  // the labelled ones: the others change nothing
+  for (const ShadowDay& day : days) {
+    if (day.label) {
+      inOrder.push_back(&day);
+    }
+  }
+  std::ranges::stable_sort(inOrder, {}, &ShadowDay::date);
+
+  std::int64_t scored = 0;
+  std::int64_t circadianHits = 0;
+  std::int64_t baselineHits = 0;
+  std::optional<KestrelState> previousLabel;
+  for (const ShadowDay* day : inOrder) {
+    if (previousLabel) {
+      scored += 1;
+      circadianHits += agree(day->circadianState, *day->label) ? 1 : 0;
+      baselineHits += agree(previousLabel, *day->label) ? 1 : 0;
+    }
+    previousLabel = day->label;
+  }
+  const auto share = [&](std::int64_t hits) {
+    return scored == 0 ? 0 : static_cast<double>(hits) / static_cast<double>(scored);
+  };
+  return {.scoredDays = scored,
+          .circadianAccuracy = share(circadianHits),
+          .baselineAccuracy = share(baselineHits)};
+}
+
+}  // namespace kestrel
