@@ -8,7 +8,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from accessible_window import Tidewell
+from accessible_window import Tidewell, let_scans_run_on
 
 PROGRAM = os.environ["TIDEWELL"]
 SAMPLE_HISTORY = os.environ["TIDEWELL_SAMPLE_HISTORY"]
@@ -42,12 +42,7 @@ class WindowTestCase(unittest.TestCase):
     def write_history_without_end(self):
         """A history whose scan runs until the process ends."""
         self.write_history(messages=0, days=1)
-        # A view that never comes to an end, in the place of the table.
-        self.change_history("""
-            ALTER TABLE message RENAME TO kept;
-            CREATE VIEW message AS
-              WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
-              SELECT i AS ROWID, 900000000 + i % 1000 AS date, 0 AS is_from_me, NULL AS text FROM n""")
+        let_scans_run_on(self.database)
 
     def start(self, program=PROGRAM, **environment):
         window = Tidewell(program, self.home, environment)
