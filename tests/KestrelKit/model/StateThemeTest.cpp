@@ -47,6 +47,17 @@ TEST(StateTheme, putsEachStateButUnknownIntoOneGroup) {
                                    KestrelState::severeDepression));
 }
 
+TEST(StateTheme, tellsTheGroupOfEachState) {
+  for (const KestrelState state : KestrelState::allCases) {
+    const auto text = state.rawValue();
+    const std::string_view group = text == "Unknown"                                      ? "none"
+                                   : text == "Euthymia"                                   ? "stable"
+                                   : text == "Dysthymia" || text.ends_with(" Depression") ? "depressed"
+                                                                                          : "elevated";
+    EXPECT_EQ(StateTheme::group(state).rawValue(), group) << text;
+  }
+}
+
 TEST(StateTheme, tellsNoDetailsWithoutConfidenceAndWithAnEmptySource) {
   EXPECT_EQ(StateTheme::accessibilityDetail(std::nullopt, ""), "No additional details");
   EXPECT_EQ(StateTheme::accessibilityDetail(std::nullopt, std::nullopt), "No additional details");
