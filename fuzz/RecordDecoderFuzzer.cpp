@@ -1,6 +1,11 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
 // decoder takes it gives back.
 
+#include <KestrelKit/circadian/CircadianFeatures.h>
+#include <KestrelKit/circadian/CircadianObservations.h>
+#include <KestrelKit/circadian/SleepInterval.h>
+#include <KestrelKit/circadian/SleepSession.h>
+#include <KestrelKit/circadian/SleepStageInterval.h>
 #include <KestrelKit/formats/SelfReportData.h>
 #include <KestrelKit/model/Baseline.h>
 #include <KestrelKit/model/DailyMetrics.h>
@@ -36,7 +41,12 @@ struct Row {
 constexpr Row rows[] = {
     {'b', check<Baseline>},
     {'c', check<std::vector<StateClassification>>},
+    {'f', check<CircadianFeatures>},
+    {'g', check<std::vector<SleepStageInterval>>},
+    {'i', check<std::vector<SleepInterval>>},
     {'m', check<std::vector<DailyMetrics>>},
+    {'n', check<std::vector<SleepSession>>},
+    {'o', check<CircadianObservations>},
     {'p', check<std::vector<Prediction>>},
     {'r', check<std::map<std::string, SelfReportData>>},
     {'s', check<std::vector<ShadowDay>>},

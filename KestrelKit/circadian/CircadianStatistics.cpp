@@ -125,11 +125,11 @@ std::optional<double> CircadianStatistics::sleepRegularitySDMinutes(std::span<co
   const auto& [sine, cosine] = sumOfUnitVectors(midSleepMinutes);
   const double resultant =
       std::sqrt(sine * sine + cosine * cosine) / static_cast<double>(midSleepMinutes.size());
-  // Rounding can leave the resultant of identical times just below 1, which would be some millionths of a
-  // minute.
+  // Rounding can leave the resultant of identical times just below 1, and their deviation at some millionths
+  // of a minute.
   const bool areIdentical =
       std::ranges::adjacent_find(midSleepMinutes, std::not_equal_to()) == midSleepMinutes.end();
-  if (resultant >= 1 || areIdentical) {
+  if (resultant >= 1 || (areIdentical && !std::isnan(resultant))) {
     return 0.0;
   }
   return std::sqrt(-2 * std::log(std::max(resultant, 0.0))) / fullCircle * minutesPerDay;
