@@ -18,7 +18,6 @@
 #include <tidewell-sample-history/SampleHistory.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -27,6 +26,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "Timing.h"
 
 namespace {
 
@@ -111,23 +112,9 @@ double scanWhole(const std::filesystem::path& path, std::int64_t days) {
 
 using Work = double (*)(const std::filesystem::path&, std::int64_t days);
 
-/// Processor time in milliseconds: what else the machine does counts less than in time by the clock.
-double processorMilliseconds(Work work, const std::filesystem::path& path, std::int64_t days) {
-  const auto used = [] {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-  };
-  const double before = used();
+double milliseconds(Work work, const std::filesystem::path& path, std::int64_t days) {
   [[maybe_unused]] static volatile double sink = 0;
-  sink = work(path, days);
-  return used() - before;
-}
-
-double median(std::vector<double> values) {
-  std::ranges::sort(values);
-  const auto middle = values.size() / 2;
-  return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+  return processorMilliseconds([&] { sink = work(path, days); });
 }
 
 struct Comparison {
@@ -143,11 +130,11 @@ Comparison compare(const std::filesystem::path& path, std::int64_t days, int pai
   std::vector<double> ratios;
   for (int pair = 0; pair < pairs; ++pair) {
     if (pair % 2 == 0) {
-      bare.push_back(processorMilliseconds(stepBare, path, days));
-      whole.push_back(processorMilliseconds(scanWhole, path, days));
+      bare.push_back(milliseconds(stepBare, path, days));
+      whole.push_back(milliseconds(scanWhole, path, days));
     } else {
-      whole.push_back(processorMilliseconds(scanWhole, path, days));
-      bare.push_back(processorMilliseconds(stepBare, path, days));
+      whole.push_back(milliseconds(scanWhole, path, days));
+      bare.push_back(milliseconds(stepBare, path, days));
     }
     ratios.push_back(whole.back() / bare.back());
   }

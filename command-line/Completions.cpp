@@ -150,8 +150,8 @@ std::string zshFunction(const Command& command) {
   if (command.commands().empty()) {
     return script + "\n}\n\n";
   }
-  add(":command:->command");
-  add("*:::->arguments");
+  add("(-):command:->command");
+  add("(-)*:: :->arguments");
   std::string commands;
   std::string calls;
   for (const auto& inner : command.commands()) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <ranges>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kestrel {
@@ -39,7 +41,10 @@ Baseline Baselines::personal(std::span<const DailyMetrics> history) {
   if (days.size() < fewestDays) {
     return usual;
   }
-  std::ranges::stable_sort(days, {}, &DailyMetrics::date);
+  // Days of one key in the order given, which is that of their places.
+  std::ranges::sort(days, {}, [](const DailyMetrics* day) {
+    return std::pair{std::string_view{day->date}, day};
+  });
 
   Mean sleep;
   Mean posts;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kestrel {
@@ -22,7 +24,10 @@ ShadowSummary ShadowEvaluator::evaluate(std::span<const ShadowDay> days) {
       inOrder.push_back(&day);
     }
   }
-  std::ranges::stable_sort(inOrder, {}, &ShadowDay::date);
+  // Days of one key in the order given, which is that of their places.
+  std::ranges::sort(inOrder, {}, [](const ShadowDay* day) {
+    return std::pair{std::string_view{day->date}, day};
+  });
 
   std::int64_t scored = 0;
   std::int64_t circadianHits = 0;

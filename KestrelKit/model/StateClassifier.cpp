@@ -114,6 +114,36 @@ Verdict verdictOn(const DailyMetrics& metrics, const UserReport* report, const B
   return {.rule = &rule, .report = report, .isHeldBack = isHeldBack};
 }
 
+// Finds the reports of days. These mostly come in the order of their keys: then the report is the one that
+// the last search ended at, or the next, however many reports there are.
+class ReportSearch {
+ public:
+  explicit ReportSearch(const UserReports& reports) noexcept : reports_(reports), found_(reports.begin()) {}
+
+  // Null: there is none. `date` must live until the next call.
+  const UserReport* of(std::string_view date) {
+    if (date < last_) {
+      found_ = reports_.lower_bound(date);
+    } else if (isBefore(date)) {
+      ++found_;
+      if (isBefore(date)) {
+        found_ = reports_.lower_bound(date);
+      }
+    }
+    last_ = date;
+    return found_ != reports_.end() && found_->first == date ? &found_->second : nullptr;
+  }
+
+ private:
+  bool isBefore(std::string_view date) const noexcept {
+    return found_ != reports_.end() && found_->first < date;
+  }
+
+  const UserReports& reports_;
+  UserReports::const_iterator found_;  // the first that is not before the last date
+  std::string_view last_;
+};
+
 // Whether a day stands alone against both of its neighbours.
 bool isLone(StateGroup before, StateGroup day, StateGroup after) noexcept {
   return before == after && ((day == StateGroup::elevated && before == StateGroup::depressed) ||
@@ -154,31 +184,27 @@ void writeReport(const Verdict& verdict, StateClassification& result) {
   result.isValidated = rulesState != KestrelState::unknown && rulesState == report.state;
   result.reasons.resize(1);
   std::string& reason = result.reasons.front();
-  switch (report.origin) {
-    case SelfReportSource::manual: {
-      const auto percentage = static_cast<double>(report.percentage);
-      result.confidence = percentage / 100;
-      result.source = ClassificationSource::manual;
-      result.selfReportConfidence = percentage;
-      result.selfReportNotes = report.notes;
-      if (report.notes) {
-        join(reason, {"Self-reported: ", *report.notes});
-      } else {
-        reason = "Self-reported by user";
-      }
-      break;
+  if (report.origin == SelfReportSource::manual) {
+    const auto percentage = static_cast<double>(report.percentage);
+    result.confidence = percentage / 100;
+    result.source = ClassificationSource::manual;
+    result.selfReportConfidence = percentage;
+    result.selfReportNotes = report.notes;
+    if (report.notes) {
+      join(reason, {"Self-reported: ", *report.notes});
+    } else {
+      reason = "Self-reported by user";
     }
-    case SelfReportSource::keyword:
-      result.confidence = keywordConfidence;
-      result.source = ClassificationSource::keyword;
-      result.selfReportConfidence.reset();
-      result.selfReportNotes.reset();
-      if (report.keyword) {
-        join(reason, {"Keyword detected: \"", *report.keyword, "\""});
-      } else {
-        reason = "Keyword detected in messages";
-      }
-      break;
+  } else {
+    result.confidence = keywordConfidence;
+    result.source = ClassificationSource::keyword;
+    result.selfReportConfidence.reset();
+    result.selfReportNotes.reset();
+    if (report.keyword) {
+      join(reason, {"Keyword detected: \"", *report.keyword, "\""});
+    } else {
+      reason = "Keyword detected in messages";
+    }
   }
 }
 
@@ -222,9 +248,10 @@ void StateClassifier::classifySeries(std::span<const DailyMetrics> days, const U
   if (days.empty()) {
     return;
   }
+  ReportSearch search{reports};
   const auto verdictAt = [&](std::size_t index) {
-    const auto report = reports.find(days[index].date);
-    return verdictOn(days[index], report != reports.end() ? &report->second : nullptr, baseline);
+    const DailyMetrics& day = days[index];
+    return verdictOn(day, search.of(day.date), baseline);
   };
   // A day is written down as soon as the next one is judged. What lies outside the series has no polarity.
   StateGroup before = StateGroup::none;

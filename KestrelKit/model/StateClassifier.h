@@ -28,7 +28,8 @@ struct StateClassifier {
   /// The states of `days`, one each, in the order given, which is that of time. Of three neighbours that
   /// disagree the middle one becomes euthymia: one that the rules decided, elevated between two depressed
   /// days or depressed between two elevated ones, whatever these come from. A day's neighbours are judged as
-  /// the rules or their reports have them, before any smoothing.
+  /// the rules or their reports have them, before any smoothing. A report is found under the day's own key,
+  /// most quickly where the keys ascend.
   static std::vector<StateClassification> classifySeries(std::span<const DailyMetrics> days,
                                                          const UserReports& reports,
                                                          const Baseline& baseline);

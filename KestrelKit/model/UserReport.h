@@ -4,9 +4,10 @@
 #include <KestrelKit/model/SelfReportSource.h>
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 namespace kestrel {
 
@@ -22,6 +23,6 @@ struct UserReport {
 };
 
 /// The reports of many days, by day key.
-using UserReports = std::unordered_map<std::string, UserReport>;
+using UserReports = std::map<std::string, UserReport, std::less<>>;
 
 }  // namespace kestrel

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
@@ -205,7 +206,7 @@ TEST(StateClassifierProperties, classifiesEveryDayAsTheJudgeDoesWhateverItsNumbe
 }
 
 // Days of strong colour, so that there is something to smooth; now and then any day at all.
-DailyMetrics colouredDay(std::size_t index) {
+DailyMetrics colouredDay() {
   DailyMetrics day = anyDay();
   switch (*anyOf(0, 9)) {
     case 0:
@@ -230,7 +231,6 @@ DailyMetrics colouredDay(std::size_t index) {
   if (day.avg_hrv == HrvInput::missing && *anyOf(0, 4) > 0) {
     day.avg_hrv = HrvInput::notProvided;
   }
-  day.date = std::to_string(index);
   return day;
 }
 
@@ -239,10 +239,18 @@ TEST(StateClassifierProperties, smoothsOnlyLoneDaysOfTheOtherPolarityAsTheJudgeD
     std::vector<DailyMetrics> days;
     UserReports reports;
     for (int left = *anyOf(0, 12); left > 0; --left) {
-      days.push_back(colouredDay(days.size()));
+      days.push_back(colouredDay());
+      days.back().date = std::to_string(*anyOf(0, 40));
       if (*anyOf(0, 6) == 0) {
         reports.emplace(days.back().date, anyReport());
       }
+      if (*anyOf(0, 6) == 0) {
+        reports.emplace(std::to_string(*anyOf(0, 40)),
+                        anyReport());  // of a day that may not be in the series
+      }
+    }
+    if (*anyOf(0, 3) > 0) {  // mostly in the order of time
+      std::ranges::sort(days, {}, &DailyMetrics::date);
     }
     const Baseline baseline = *rc::gen::arbitrary<bool>() ? Baseline{} : anyBaseline();
     const auto series = StateClassifier::classifySeries(days, reports, baseline);
