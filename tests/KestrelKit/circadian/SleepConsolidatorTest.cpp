@@ -333,6 +333,27 @@ TEST(SleepConsolidator, orderOfRandomInputDoesNotMatter) {
   }));
 }
 
+TEST(SleepConsolidator, orderOfThousandsDoesNotMatter) {
+  // More than a sort takes at a time, on both sides of the reference date, with many that start together.
+  std::mt19937_64 random(3);
+  std::vector<SleepInterval> intervals;
+  for (int count = 0; count < 20'000; ++count) {
+    const double start = std::uniform_int_distribution(-3000, 3000)(random) * 1800.0;
+    intervals.push_back(intervalInSeconds(start, start + std::exponential_distribution(1 / 1200.0)(random)));
+  }
+  intervals.push_back(intervalInSeconds(-0.0, 700));
+  intervals.push_back(intervalInSeconds(-std::numeric_limits<double>::infinity(), -5'900'000));
+  auto ordered = intervals;
+  std::ranges::sort(ordered, [](const SleepInterval& left, const SleepInterval& right) {
+    return left.start < right.start || (left.start == right.start && left.end > right.end);
+  });
+  const auto nights = nightsInUtc(ordered, 10);
+  EXPECT_GT(nights.size(), 100U);
+  EXPECT_EQ(nightsInUtc(intervals, 10), nights);
+  std::ranges::reverse(intervals);
+  EXPECT_EQ(nightsInUtc(intervals, 10), nights);
+}
+
 /// How long the nights last, in minutes: spans that lie within the limit of each other are joined until none
 /// are.
 std::vector<double> lengthsOf(std::vector<SleepInterval> spans, double limit) {
@@ -457,6 +478,22 @@ TEST(SleepConsolidator, daysAndTimesAgreeWithThePlainWayInAnyZone) {
   }));
 }
 
+TEST(SleepConsolidator, dayKeyIsThatOfPrintingTheComponentsOfAnyCalendar) {
+  EXPECT_TRUE(rc::check([] {
+    // The years before 622 are negative in some of them.
+    const auto locale =
+        "en@calendar=" + *rc::gen::elementOf(std::vector<std::string>{"gregorian", "buddhist", "hebrew",
+                                                                      "persian", "islamic", "japanese"});
+    const Calendar calendar = Calendar::ofLocale(locale, TimeZone::named("Europe/Berlin").value());
+    const double end = *rc::gen::inRange(-64'000'000, 300'000'000) * 1000.0;
+    const auto shown = calendar.components(instantSinceReferenceDate(end)).value();
+    char key[40];
+    std::snprintf(key, sizeof key, "%04d-%02d-%02d", shown.year, shown.month, shown.day);
+    const std::vector night{intervalInSeconds(end - 1, end)};
+    RC_ASSERT(SleepConsolidator::consolidate(night, 0, calendar).at(0).date == key);
+  }));
+}
+
 // ---- Stages ----
 
 SleepStageInterval stage(std::string name, sys_time<milliseconds> start, sys_time<milliseconds> end) {
@@ -554,6 +591,20 @@ TEST(SleepStages, ofEqualNightsTheEarliestIsGiven) {
   EXPECT_THAT(
       nightOfMarch5({stage("inBed", march5 + 14h, march5 + 15h), stage("awake", march5 + 4h, march5 + 5h)}),
       Optional(SleepSession{"2025-03-05", 270, 0}));
+}
+
+TEST(SleepStages, orderOfTheInputDoesNotMatter) {
+  std::vector intervals{stage("awake", march5 - 2h, march5 - 1h), stage("core", march5 - 2h, march5 + 1h),
+                        stage("inBed", march5 - 2h, march5 + 6h), stage("rem", march5 + 1h, march5 + 2h),
+                        stage("deep", march5 + 1h, march5 + 90min)};
+  std::vector order{0U, 1U, 2U, 3U, 4U};
+  do {
+    std::vector<SleepStageInterval> permuted;
+    for (const auto index : order) {
+      permuted.push_back(intervals[index]);
+    }
+    ASSERT_THAT(nightOfMarch5(permuted), Optional(SleepSession{"2025-03-05", 0, 240}));
+  } while (std::ranges::next_permutation(order).found);
 }
 
 TEST(SleepStages, withoutANightOfThatDayThereIsNothing) {
