@@ -71,9 +71,6 @@ int main(int argc, char* argv[]) {
   if (!instance.claim()) {
     return 0;
   }
-  // A display that goes away ends the process in the midst of Qt, whose other threads cannot bear what
-  // destructors take from them.
-  std::atexit([] { std::_Exit(EXIT_FAILURE); });
 
   QTranslator translator;
   if (translator.load(translationTable(QLocale{}.uiLanguages()))) {
@@ -85,6 +82,9 @@ int main(int argc, char* argv[]) {
   WindowPresence presence{loadMainWindow(engine, coordinator)};
   QObject::connect(&instance, &SingleInstance::startedAgain, &presence, &WindowPresence::comeForward);
   const TrayMenu tray{coordinator, presence};
+  // A display that goes away ends the process from the midst of Qt, on any thread, and the others cannot bear
+  // what destructors would take from them. What is registered last runs first.
+  std::atexit([] { std::_Exit(EXIT_FAILURE); });
   // Nothing is to be saved, so that nothing is taken down: nobody waits for a scan or a probe that is under
   // way, nor for Qt 6.4, which now and then falls over the parts of a hidden window.
   std::_Exit(QApplication::exec());

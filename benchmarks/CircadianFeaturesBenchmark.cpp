@@ -33,6 +33,7 @@ namespace {
 using kestrel::CircadianFeatures;
 using kestrel::CircadianObservations;
 using kestrel::CircadianStatistics;
+using kestrel::benchmark::median;
 
 constexpr int people = 10'000;
 constexpr int days = 365;
@@ -174,7 +175,7 @@ int main(int count, char** arguments) {
     std::vector<double> togetherRatio;
     for (int round = 0; round < rounds; ++round) {
       std::vector<CircadianFeatures> features(people);
-      ours.push_back(processorMilliseconds(
+      ours.push_back(kestrel::benchmark::processorMilliseconds(
           [&] { std::ranges::transform(observations, features.begin(), CircadianStatistics::features); }));
       writeFeatures(folder / "features", features);
       const auto numPy = askNumPy(arguments[1], folder);

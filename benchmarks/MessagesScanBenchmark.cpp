@@ -18,6 +18,7 @@
 #include <tidewell-sample-history/SampleHistory.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -32,6 +33,8 @@
 namespace {
 
 using kestrel::Instant;
+using kestrel::benchmark::median;
+using kestrel::benchmark::processorMilliseconds;
 using kestrel::companion::MessagesQuery;
 
 constexpr Instant now = kestrel::instantSinceReferenceDate(790'000'000);  // where every history ends
@@ -112,7 +115,7 @@ double scanWhole(const std::filesystem::path& path, std::int64_t days) {
 
 using Work = double (*)(const std::filesystem::path&, std::int64_t days);
 
-double milliseconds(Work work, const std::filesystem::path& path, std::int64_t days) {
+double timeOf(Work work, const std::filesystem::path& path, std::int64_t days) {
   [[maybe_unused]] static volatile double sink = 0;
   return processorMilliseconds([&] { sink = work(path, days); });
 }
@@ -130,11 +133,11 @@ Comparison compare(const std::filesystem::path& path, std::int64_t days, int pai
   std::vector<double> ratios;
   for (int pair = 0; pair < pairs; ++pair) {
     if (pair % 2 == 0) {
-      bare.push_back(milliseconds(stepBare, path, days));
-      whole.push_back(milliseconds(scanWhole, path, days));
+      bare.push_back(timeOf(stepBare, path, days));
+      whole.push_back(timeOf(scanWhole, path, days));
     } else {
-      whole.push_back(milliseconds(scanWhole, path, days));
-      bare.push_back(milliseconds(stepBare, path, days));
+      whole.push_back(timeOf(scanWhole, path, days));
+      bare.push_back(timeOf(stepBare, path, days));
     }
     ratios.push_back(whole.back() / bare.back());
   }

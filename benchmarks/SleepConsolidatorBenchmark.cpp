@@ -25,6 +25,8 @@ namespace {
 using kestrel::Calendar;
 using kestrel::SleepConsolidator;
 using kestrel::SleepInterval;
+using kestrel::benchmark::median;
+using kestrel::benchmark::processorMilliseconds;
 
 constexpr std::size_t nightCount = 2'000'000;
 constexpr std::size_t intervalCount = 5 * nightCount;

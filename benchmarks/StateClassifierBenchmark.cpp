@@ -29,6 +29,8 @@
 namespace {
 
 using namespace kestrel;
+using kestrel::benchmark::median;
+using kestrel::benchmark::processorMilliseconds;
 
 // The day keys of the years 0001 to 9999, and from the first again.
 std::string dayKey(std::size_t index) {

@@ -4,8 +4,10 @@
 #include <ctime>
 #include <vector>
 
-/// The processor time in milliseconds that `work` takes: what else the machine does counts less than in time
-/// by the clock.
+namespace kestrel::benchmark {
+
+/// The processor time, in milliseconds, that this process needs for `work`: what else the machine does counts
+/// less than in time by the clock.
 template <typename Work>
 double processorMilliseconds(const Work& work) {
   const auto used = [] {
@@ -18,8 +20,11 @@ double processorMilliseconds(const Work& work) {
   return used() - before;
 }
 
+/// Of at least one value.
 inline double median(std::vector<double> values) {
   std::ranges::sort(values);
   const auto middle = values.size() / 2;
   return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
 }
+
+}  // namespace kestrel::benchmark

@@ -46,11 +46,11 @@ std::string_view Argument::brief() const {
                                        : whole.substr(0, whole.size() - whole.ends_with('.'));
 }
 
-std::vector<Argument> argumentsOf(const CLI::App& app) {
+std::vector<Argument> ownArguments(const Command& command) {
   std::vector<Argument> positional;
   std::vector<Argument> required;
   std::vector<Argument> others;
-  for (const CLI::Option* option : app.get_options()) {
+  for (const CLI::Option* option : command.arguments().get_options()) {
     const Argument argument = argumentOf(*option);
     (argument.positional ? positional : argument.required ? required : others).push_back(argument);
   }
@@ -60,8 +60,19 @@ std::vector<Argument> argumentsOf(const CLI::App& app) {
   return arguments;
 }
 
-std::vector<std::string> usageOf(const std::vector<Argument>& arguments) {
+std::vector<Argument> argumentsOf(const Command& command) {
+  std::vector<Argument> arguments = ownArguments(command);
+  if (command.parent() != nullptr) {
+    std::ranges::move(argumentsOf(*command.parent()), std::back_inserter(arguments));
+  }
+  return arguments;
+}
+
+std::vector<std::string> usageOf(const Command& command, const std::vector<Argument>& arguments) {
   std::vector<std::string> usage;
+  if (!command.commands().empty()) {
+    usage.emplace_back(command.action() ? "[COMMAND]" : "COMMAND");
+  }
   for (const Argument& argument : arguments) {
     const std::string name = argument.names.back();
     const std::string call =
@@ -69,6 +80,17 @@ std::vector<std::string> usageOf(const std::vector<Argument>& arguments) {
     usage.push_back(argument.required ? call : '[' + call + ']');
   }
   return usage;
+}
+
+std::vector<const Command*> commandsBelow(const Command& command) {
+  std::vector<const Command*> below;
+  for (const auto& inner : command.commands()) {
+    if (inner->action()) {
+      below.push_back(inner.get());
+    }
+    std::ranges::move(commandsBelow(*inner), std::back_inserter(below));
+  }
+  return below;
 }
 
 }  // namespace kestrel

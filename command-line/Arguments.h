@@ -1,6 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <command-line/Command.h>
 
 #include <string>
 #include <string_view>
@@ -19,17 +19,23 @@ struct Argument {
   /// `-h, --help` or `--days N`.
   std::string synopsis() const;
 
-  bool takesPath() const { return value == "PATH"; }
+  bool takesPath() const { return value == "PATH" || value == "FILE"; }
 
   /// The description's first sentence without its full stop.
   std::string_view brief() const;
 };
 
-/// The arguments of `app`: the positional ones, then the required options, then the others, each in the order
-/// in which they were added.
-std::vector<Argument> argumentsOf(const CLI::App& app);
+/// The arguments of `command` itself: the positional ones, then the required options, then the others, each
+/// in the order in which they were added.
+std::vector<Argument> ownArguments(const Command& command);
 
-/// The arguments of a call, one an entry: `PATH`, `--messages N`, `[--now T]`.
-std::vector<std::string> usageOf(const std::vector<Argument>& arguments);
+/// Those that hold for `command`: its own, then the options of what it belongs to, the program's last.
+std::vector<Argument> argumentsOf(const Command& command);
+
+/// What follows `command` in a call with `arguments`, one an entry: `PATH`, `--messages N`, `[--now T]`.
+std::vector<std::string> usageOf(const Command& command, const std::vector<Argument>& arguments);
+
+/// The commands below `command` that do something, those of a command before its neighbours.
+std::vector<const Command*> commandsBelow(const Command& command);
 
 }  // namespace kestrel

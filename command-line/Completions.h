@@ -1,18 +1,19 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <command-line/Command.h>
 
 #include <string>
 
 namespace kestrel {
 
-/// The completions of the program `name` for bash, to be loaded by the bash-completion package or sourced.
-std::string bashCompletion(const std::string& name, const CLI::App& app);
+/// The completions of a program and its commands for bash, to be loaded by the bash-completion package or
+/// sourced.
+std::string bashCompletion(const Command& program);
 
 /// The same for zsh, a function file for a folder in `fpath`.
-std::string zshCompletion(const std::string& name, const CLI::App& app);
+std::string zshCompletion(const Command& program);
 
 /// The same for fish.
-std::string fishCompletion(const std::string& name, const CLI::App& app);
+std::string fishCompletion(const Command& program);
 
 }  // namespace kestrel

@@ -1,9 +1,7 @@
 #include "HelpText.h"
 
-#include "Arguments.h"
-#include "StatusMeanings.h"
-
 #include <fmt/format.h>
+#include "Arguments.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -52,14 +50,27 @@ std::string entry(const std::string& term, std::size_t column, const std::string
 
 }  // namespace
 
-std::string helpText(const ProgramDescription& description, const CLI::App& app) {
-  const auto arguments = argumentsOf(app);
-  const std::string usage = "Usage: " + description.name + ' ';
-  std::string text = wrapped(usage, usage.size(), usageOf(arguments)) + '\n';
+std::string helpText(const Command& command, const StatusMeanings& statuses) {
+  const auto arguments = argumentsOf(command);
+  const auto commands = commandsBelow(command);
+  const std::string usage = "Usage: " + command.call() + ' ';
+  std::string text = wrapped(usage, usage.size(), usageOf(command, arguments)) + '\n';
 
-  std::istringstream details(description.details);
+  std::istringstream details(command.description().details);
   for (std::string paragraph; std::getline(details, paragraph);) {
     text += paragraph.empty() ? "\n" : wrapped("", 0, words(paragraph));
+  }
+
+  if (!commands.empty()) {
+    const std::size_t callOfThis = command.call().size() + 1;
+    std::size_t column = 0;
+    for (const Command* inner : commands) {
+      column = std::max(column, inner->call().size() - callOfThis + 4);
+    }
+    text += "\nCommands:\n";
+    for (const Command* inner : commands) {
+      text += entry(inner->call().substr(callOfThis), column, inner->description().purpose);
+    }
   }
 
   constexpr std::size_t widest = 24;
@@ -79,13 +90,19 @@ std::string helpText(const ProgramDescription& description, const CLI::App& app)
   };
   text += list("Arguments", true) + list("Options", false);
 
-  text += "\nExit status:\n";
-  for (const auto& [status, meaning] : statusMeanings(description)) {
-    text += entry(fmt::format("{}", static_cast<int>(status)), 5, meaning);
+  if (!statuses.empty()) {
+    text += "\nExit status:\n";
+    for (const auto& [status, meaning] : statuses) {
+      text += entry(fmt::format("{}", static_cast<int>(status)), 5, meaning);
+    }
   }
-  text +=
-      fmt::format("\nExample:\n  {}\n", description.example) + wrapped("", 6, words(description.exampleDoes));
-  return text;
+
+  text += "\nExample:\n";
+  std::istringstream example(command.description().example);
+  for (std::string line; std::getline(example, line);) {
+    text += "  " + line + '\n';
+  }
+  return text + wrapped("", 6, words(command.description().exampleDoes));
 }
 
 }  // namespace kestrel

@@ -1,13 +1,15 @@
 #pragma once
 
-#include <command-line/Program.h>
-#include <CLI/CLI.hpp>
+#include "StatusMeanings.h"
+
+#include <command-line/Command.h>
 
 #include <string>
 
 namespace kestrel {
 
-/// What `--help` prints: usage, purpose, options, exit statuses and the example, in 80 columns.
-std::string helpText(const ProgramDescription& description, const CLI::App& app);
+/// What `--help` prints of a command: usage, purpose, commands, options, exit statuses where they are given,
+/// and the example, in 80 columns.
+std::string helpText(const Command& command, const StatusMeanings& statuses);
 
 }  // namespace kestrel

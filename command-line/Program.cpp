@@ -5,6 +5,7 @@
 #include "HelpText.h"
 #include "ManPage.h"
 #include "StandardStreams.h"
+#include "StatusMeanings.h"
 
 #include <KestrelKit/foundation/ProgrammingError.h>
 #include <KestrelKit/foundation/QuotedText.h>
@@ -31,19 +32,19 @@ constexpr std::string_view version = TIDEWELL_VERSION;
 /// second one.
 std::string nameOfThisProcess;
 
-std::optional<std::string> generated(std::string_view kind, const ProgramDescription& description,
-                                     const CLI::App& app) {
+std::optional<std::string> generated(std::string_view kind, const Command& program,
+                                     const StatusMeanings& statuses) {
   if (kind == "man") {
-    return manPage(description, app, version);
+    return manPage(program, statuses, version);
   }
   if (kind == "bash") {
-    return bashCompletion(description.name, app);
+    return bashCompletion(program);
   }
   if (kind == "zsh") {
-    return zshCompletion(description.name, app);
+    return zshCompletion(program);
   }
   if (kind == "fish") {
-    return fishCompletion(description.name, app);
+    return fishCompletion(program);
   }
   return std::nullopt;
 }
@@ -51,12 +52,13 @@ std::optional<std::string> generated(std::string_view kind, const ProgramDescrip
 }  // namespace
 
 Program::Program(ProgramDescription description)
-    : description_(std::move(description)), app_("", description_.name) {
-  app_.set_help_flag();  // Added last, see run().
-}
+    : Command(std::move(description.command)),
+      refusal_(std::move(description.refusal)),
+      fileFailure_(std::move(description.fileFailure)) {}
 
 void Program::addTimeZoneOption() {
-  app_.add_option_function<std::string>(
+  arguments()
+      .add_option_function<std::string>(
           "--timezone",
           [](const std::string& name) {
             if (!TimeZone::named(name)) {
@@ -71,44 +73,47 @@ void Program::addTimeZoneOption() {
       ->default_str("that of the environment variable TZ, else the system's");
 }
 
-int Program::run(int argc, const char* const* argv,
-                 const std::function<std::expected<std::string, Failure>()>& action) {
+int Program::run(int argc, const char* const* argv) {
+  const std::string& name = description().name;
   reserveStandardStreams();
   std::signal(SIGPIPE, SIG_IGN);
-  nameOfThisProcess = description_.name;
+  nameOfThisProcess = name;
   setProgrammingErrorEnding([](std::string_view violation) {
     writeErrorLine(nameOfThisProcess, violation);
     std::_Exit(static_cast<int>(ExitStatus::ruleBroken));
   });
-  const CLI::Option* help = app_.add_flag("-h,--help")->description("Print this text and end.");
-  const CLI::Option* versionFlag = app_.add_flag("--version")->description("Print the version and end.");
+  const CLI::Option* help = arguments().add_flag("-h,--help")->description("Print this text and end.");
+  const CLI::Option* versionFlag =
+      arguments().add_flag("--version")->description("Print the version and end.");
+  const StatusMeanings statuses = statusMeanings(refusal_, fileFailure_);
 
-  const auto wrongUse = [&](std::string_view what) {
-    return std::unexpected(
-        Failure{ExitStatus::wrongUse, fmt::format("{} (see {} --help)", what, description_.name)});
-  };
   const auto result = [&]() -> std::expected<std::string, Failure> {
     if (argc == 3 && std::string_view(argv[1]) == "--generate") {
-      if (auto text = generated(argv[2], description_, app_)) {
+      if (auto text = generated(argv[2], *this, statuses)) {
         return *std::move(text);
       }
     }
-    const CommandWords words(app_, std::span(argv, static_cast<std::size_t>(argc)) | std::views::drop(1));
+    const CommandWords words(*this, std::span(argv, static_cast<std::size_t>(argc)) | std::views::drop(1));
+    const Command& command = words.command();
+    const auto wrongUse = [&](std::string_view what) {
+      return std::unexpected(
+          Failure{ExitStatus::wrongUse, fmt::format("{} (see {} --help)", what, command.call())});
+    };
     if (words.contain(help)) {
-      return helpText(description_, app_);
+      return helpText(command, &command == this ? statuses : StatusMeanings());
     }
     if (words.contain(versionFlag)) {
-      return fmt::format("{} {}\n", description_.name, version);
+      return fmt::format("{} {}\n", name, version);
     }
     if (words.wrong()) {
       return wrongUse(*words.wrong());
     }
     try {
-      app_.parse(argc, argv);
+      words.parse();
     } catch (const CLI::ParseError& error) {
       return wrongUse(error.what());
     }
-    return action();
+    return command.action()();
   }();
 
   Failure failure;
@@ -119,7 +124,7 @@ int Program::run(int argc, const char* const* argv,
   } else {
     return static_cast<int>(ExitStatus::done);
   }
-  writeErrorLine(description_.name, failure.message);
+  writeErrorLine(name, failure.message);
   return static_cast<int>(failure.status);
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <mutex>
 #include <system_error>
 #include <tuple>
 
@@ -24,6 +25,17 @@ std::expected<void, std::string> writeAll(int stream, std::string_view text) {
   return {};
 }
 
+std::mutex errorStream;  // Who writes to standard error; guards the two below.
+bool passingLineIsShown = false;
+bool errorIsSaid = false;
+
+/// ECMA-48: to the first column, and erase to the end of the line.
+constexpr std::string_view wipe = "\r\x1b[K";
+
+void writeError(const std::string& text) {
+  std::ignore = writeAll(STDERR_FILENO, text);  // There is nowhere left to say that it failed.
+}
+
 }  // namespace
 
 void reserveStandardStreams() noexcept {
@@ -40,8 +52,27 @@ std::expected<void, std::string> writeToStandardOutput(std::string_view text) {
 }
 
 void writeErrorLine(std::string_view program, std::string_view message) {
-  const std::string line = fmt::format("{}: {}\n", program, onOneLine(message));
-  std::ignore = writeAll(STDERR_FILENO, line);  // There is nowhere left to say that it failed.
+  const std::scoped_lock lock(errorStream);
+  writeError(
+      fmt::format("{}{}: {}\n", passingLineIsShown ? wipe : std::string_view(), program, onOneLine(message)));
+  passingLineIsShown = false;
+  errorIsSaid = true;
+}
+
+void showPassingLine(std::string_view line) {
+  const std::scoped_lock lock(errorStream);
+  if (!errorIsSaid) {
+    writeError(fmt::format("{}{}", wipe, line));
+    passingLineIsShown = true;
+  }
+}
+
+void wipePassingLine() {
+  const std::scoped_lock lock(errorStream);
+  if (passingLineIsShown) {
+    writeError(std::string(wipe));
+    passingLineIsShown = false;
+  }
 }
 
 }  // namespace kestrel

@@ -13,7 +13,15 @@ void reserveStandardStreams() noexcept;
 /// Writes `text` to standard output; fails with the system's reason.
 [[nodiscard]] std::expected<void, std::string> writeToStandardOutput(std::string_view text);
 
-/// Writes `program: message` to standard error, as one line whatever is in it (see `onOneLine`).
+/// Writes `program: message` to standard error, as one line whatever is in it (see `onOneLine`), in place of
+/// a passing line. Any thread.
 void writeErrorLine(std::string_view program, std::string_view message);
+
+/// Shows `line` on the terminal that standard error is, in place of the passing line before it. Nothing after
+/// an error line. Any thread.
+void showPassingLine(std::string_view line);
+
+/// Wipes the passing line, if there is one. Any thread.
+void wipePassingLine();
 
 }  // namespace kestrel

@@ -2,14 +2,14 @@
 
 namespace kestrel {
 
-std::vector<std::pair<ExitStatus, std::string>> statusMeanings(const ProgramDescription& description) {
-  std::vector<std::pair<ExitStatus, std::string>> meanings;
+StatusMeanings statusMeanings(const std::string& refusal, const std::string& fileFailure) {
+  StatusMeanings meanings;
   meanings.emplace_back(ExitStatus::done, "Done.");
-  if (!description.refusal.empty()) {
-    meanings.emplace_back(ExitStatus::refused, description.refusal);
+  if (!refusal.empty()) {
+    meanings.emplace_back(ExitStatus::refused, refusal);
   }
   meanings.emplace_back(ExitStatus::wrongUse, "Wrong use of the command line.");
-  meanings.emplace_back(ExitStatus::fileFailed, description.fileFailure);
+  meanings.emplace_back(ExitStatus::fileFailed, fileFailure);
   meanings.emplace_back(ExitStatus::ruleBroken, "A count or sum was too large for 64 bits.");
   return meanings;
 }

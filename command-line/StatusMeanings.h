@@ -1,7 +1,6 @@
 #pragma once
 
 #include <command-line/ExitStatus.h>
-#include <command-line/Program.h>
 
 #include <string>
 #include <utility>
@@ -9,7 +8,10 @@
 
 namespace kestrel {
 
-/// The exit statuses of a program, each with a sentence for people.
-std::vector<std::pair<ExitStatus, std::string>> statusMeanings(const ProgramDescription& description);
+/// Exit statuses, each with a sentence for people.
+using StatusMeanings = std::vector<std::pair<ExitStatus, std::string>>;
+
+/// Those of a program; `refusal` and `fileFailure` as in its ProgramDescription.
+StatusMeanings statusMeanings(const std::string& refusal, const std::string& fileFailure);
 
 }  // namespace kestrel

@@ -7,6 +7,7 @@ time; a wait that is not met within PATIENCE says what it waited for and what it
 import contextlib
 import os
 import signal
+import sqlite3
 import subprocess
 import time
 
@@ -31,6 +32,16 @@ def wait_until(condition, what, describe=lambda: ""):
         if time.monotonic() > deadline:
             raise AssertionError(f"waited in vain for {what}\n{describe()}")
         time.sleep(0.02)
+
+
+def let_scans_run_on(database):
+    """Puts a view that never comes to an end in the place of the messages: a scan runs until the process ends."""
+    with contextlib.closing(sqlite3.connect(database)) as connection:
+        connection.executescript("""
+            ALTER TABLE message RENAME TO kept;
+            CREATE VIEW message AS
+              WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n)
+              SELECT i AS ROWID, 900000000 + i % 1000 AS date, 0 AS is_from_me, NULL AS text FROM n""")
 
 
 class Node:

@@ -1,9 +1,9 @@
 #include <KestrelKit/foundation/Instant.h>
 #include <KestrelKit/foundation/TimeZone.h>
 #include <command-line/Failure.h>
+#include <command-line/NumberArgument.h>
 #include <command-line/Program.h>
 #include <command-line/ValueOption.h>
-#include <command-line/WholeNumberArgument.h>
 #include <tidewell-sample-history/SampleHistory.h>
 
 #include <cstdint>
@@ -30,21 +30,26 @@ auto wholeNumber(double first, double last) {
 
 int main(int argc, char** argv) {
   Program program({
-      .name = "tidewell-sample-history",
-      .purpose = "write an invented Messages database",
-      .details =
-          "Writes a Messages database of invented people and messages, for trying Tidewell without a history "
-          "of "
-          "one's own, for tests and for measuring. The history ends now. The numbers of messages and days, "
-          "the seed, and the weekday and local time of its end decide everything else in it; local time is "
-          "that "
-          "of the zone in TZ, else the system's.\n"
-          "\n"
-          "A file that exists is left as it is, and the program ends with status 3.",
+      .command =
+          {
+              .name = "tidewell-sample-history",
+              .purpose = "write an invented Messages database",
+              .details = "Writes a Messages database of invented people and messages, for trying Tidewell "
+                         "without a history "
+                         "of "
+                         "one's own, for tests and for measuring. The history ends now. The numbers of "
+                         "messages and days, "
+                         "the seed, and the weekday and local time of its end decide everything else in it; "
+                         "local time is "
+                         "that "
+                         "of the zone in TZ, else the system's.\n"
+                         "\n"
+                         "A file that exists is left as it is, and the program ends with status 3.",
+              .example = "tidewell-sample-history sample.db --messages 20000 --days 365 --seed 1",
+              .exampleDoes = "Writes a year with twenty thousand messages to the new file sample.db.",
+          },
       .refusal = "",
       .fileFailure = "The database, or standard output, could not be written.",
-      .example = "tidewell-sample-history sample.db --messages 20000 --days 365 --seed 1",
-      .exampleDoes = "Writes a year with twenty thousand messages to the new file sample.db.",
   });
   std::string path;
   std::optional<std::int64_t> messages;
@@ -68,7 +73,7 @@ int main(int argc, char** argv) {
       ->type_name("S")
       ->required();
 
-  return program.run(argc, argv, [&]() -> std::expected<std::string, Failure> {
+  program.setAction([&]() -> std::expected<std::string, Failure> {
     const auto now = ReferenceClock::now();
     const auto written = writeSampleHistory(
         std::filesystem::path(path), {.messages = *messages,
@@ -81,4 +86,5 @@ int main(int argc, char** argv) {
     }
     return "";
   });
+  return program.run(argc, argv);
 }

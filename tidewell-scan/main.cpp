@@ -8,9 +8,9 @@
 #include <KestrelTrackerMac/reading/MessagesScanError.h>
 #include <KestrelTrackerMac/reading/MessagesScanSummary.h>
 #include <command-line/Failure.h>
+#include <command-line/NumberArgument.h>
 #include <command-line/Program.h>
 #include <command-line/ValueOption.h>
-#include <command-line/WholeNumberArgument.h>
 #include <tidewell-scan/ScanTable.h>
 
 #include <algorithm>
@@ -45,6 +45,7 @@ std::string_view name(MessagesAccessState state) {
 /// The locale that the environment names for numbers.
 std::string_view numberLocale() {
   for (const char* variable : {"LC_ALL", "LC_NUMERIC", "LANG"}) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread
     if (const char* locale = std::getenv(variable); locale != nullptr && *locale != '\0') {
       return locale;
     }
@@ -62,24 +63,33 @@ std::expected<std::string, Failure> asJson(const MessagesScanSummary& summary, J
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): where memory has run out, ending is all there is to do
 int main(int argc, char** argv) {
   Program program({
-      .name = "tidewell-scan",
-      .purpose = "count the activity of each day in the Messages database",
-      .details =
-          "Reads the Messages database once and prints, for each day with a message: messages sent and "
-          "received, active conversations, messages between midnight and five, and the average length of "
-          "a text. It reads no more of a text than its length, writes no file of its own and opens no "
-          "network connection. Beside a database in WAL mode SQLite keeps its two side files, -shm and "
-          "-wal, and makes the missing ones.\n"
-          "\n"
-          "Days are those of the user's calendar, which is that of the locale in LC_ALL, LC_TIME or LANG, "
-          "in the time zone of the run. The digits of the table follow the locale in LC_ALL, LC_NUMERIC "
-          "or LANG.",
+      .command =
+          {
+              .name = "tidewell-scan",
+              .purpose = "count the activity of each day in the Messages database",
+              .details = "Reads the Messages database once and prints, for each day with a message: messages "
+                         "sent and "
+                         "received, active conversations, messages between midnight and five, and the "
+                         "average length of "
+                         "a text. It reads no more of a text than its length, writes no file of its own and "
+                         "opens no "
+                         "network connection. Beside a database in WAL mode SQLite keeps its two side files, "
+                         "-shm and "
+                         "-wal, and makes the missing ones.\n"
+                         "\n"
+                         "Days are those of the user's calendar, which is that of the locale in LC_ALL, "
+                         "LC_TIME or LANG, "
+                         "in the time zone of the run. The digits of the table follow the locale in LC_ALL, "
+                         "LC_NUMERIC "
+                         "or LANG.",
+              .example = "tidewell-scan --days 30 --json --pretty",
+              .exampleDoes = "Prints the last thirty days as indented JSON.",
+          },
       .refusal = "The database could not be scanned, or the number of days is not one from 1 to 365.",
       .fileFailure = "Standard output could not be written.",
-      .example = "tidewell-scan --days 30 --json --pretty",
-      .exampleDoes = "Prints the last thirty days as indented JSON.",
   });
   std::optional<double> days;
   std::optional<Instant> now;
@@ -111,7 +121,7 @@ int main(int argc, char** argv) {
                 "with --days, --now or --json.")
       ->excludes(daysOption, nowOption, jsonOption);
 
-  return program.run(argc, argv, [&]() -> std::expected<std::string, Failure> {
+  program.setAction([&]() -> std::expected<std::string, Failure> {
     const std::filesystem::path path =
         database ? std::filesystem::path(*database) : defaultMessagesDatabase();
     if (checkAccess) {
@@ -126,4 +136,5 @@ int main(int argc, char** argv) {
     return json ? asJson(*summary, pretty ? JsonLayout::indented : JsonLayout::compact)
                 : scanTable(*summary, numberLocale());
   });
+  return program.run(argc, argv);
 }

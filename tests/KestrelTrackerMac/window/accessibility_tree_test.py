@@ -62,6 +62,35 @@ class AccessibilityTree(WindowTestCase):
         self.assert_everything_that_takes_focus_is_named(window)
         self.assert_baseline("permission", window)
 
+    def test_unavailable(self):
+        self.database.mkdir()
+        window = self.start()
+        window.fill_the_display()
+        window.find("label", "Messages access: Unavailable")
+        self.assert_everything_that_takes_focus_is_named(window)
+        self.assert_baseline("unavailable", window)
+
+    def test_while_scanning(self):
+        self.write_history_without_end()
+        window = self.start_ready()
+        window.fill_the_display()
+        window.find("push button", "Scan Locally").press()
+        window.find("label", "Summarizing on this Mac…")
+        self.assert_everything_that_takes_focus_is_named(window)
+        self.assert_baseline("scanning", window)
+
+    def test_after_a_failed_scan(self):
+        self.write_history(messages=0, days=1)
+        window = self.start_ready()
+        window.fill_the_display()
+        window.find("push button", "Scan Locally").press()
+        window.find("label", "No Messages activity was found in the selected window.")
+        self.change_history("ALTER TABLE chat_message_join RENAME TO other")
+        window.find("push button", "Scan Again").press()
+        window.find("label", "This version of the Messages database isn’t supported yet.")
+        self.assert_everything_that_takes_focus_is_named(window)
+        self.assert_baseline("failed", window)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

@@ -8,7 +8,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from accessible_window import Tidewell
+from accessible_window import Tidewell, let_scans_run_on
 
 PROGRAM = os.environ["TIDEWELL"]
 SAMPLE_HISTORY = os.environ["TIDEWELL_SAMPLE_HISTORY"]
@@ -38,6 +38,11 @@ class WindowTestCase(unittest.TestCase):
         connection = sqlite3.connect(self.database)
         connection.executescript(statements)
         connection.close()
+
+    def write_history_without_end(self):
+        """A history whose scan runs until the process ends."""
+        self.write_history(messages=0, days=1)
+        let_scans_run_on(self.database)
 
     def start(self, program=PROGRAM, **environment):
         window = Tidewell(program, self.home, environment)

@@ -1,4 +1,4 @@
-#include <command-line/WholeNumberArgument.h>
+#include <command-line/NumberArgument.h>
 #include <gtest/gtest.h>
 
 #include <limits>

@@ -1,0 +1,22 @@
+#include <command-line/NumberArgument.h>
+
+#include <KestrelKit/foundation/JsonDecoder.h>
+
+#include <cmath>
+
+namespace kestrel {
+
+std::optional<double> numberArgument(std::string_view text) {
+  if (text.find_first_of(" \t\r\n") != std::string_view::npos) {
+    return std::nullopt;  // JSON lets them stand around a value, a command line not.
+  }
+  const auto number = JsonDecoder().decode<double>(text);
+  return number ? std::optional(*number) : std::nullopt;
+}
+
+std::optional<double> wholeNumberArgument(std::string_view text) {
+  const auto number = numberArgument(text);
+  return number && std::trunc(*number) == *number ? number : std::nullopt;
+}
+
+}  // namespace kestrel
