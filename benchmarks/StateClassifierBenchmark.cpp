@@ -36,7 +36,7 @@ using kestrel::benchmark::processorMilliseconds;
 std::string dayKey(std::size_t index) {
   constexpr std::size_t keys = 3'652'059;
   const std::chrono::local_days first{std::chrono::year{1} / std::chrono::January / 1};
-  return civilDayText(first + std::chrono::days{index % keys}).value();
+  return civilDayText(first + std::chrono::days{index % keys}).value_or("");
 }
 
 // Every third night short, every fourth long; posts, sentiment and its deviation all over their ranges, so
