@@ -181,7 +181,8 @@ void addClassify(Command& program) {
                             [each](const Classifiable& input) { return classified(input, *each); });
 }
 
-/// A number of days, from 1. As good as infinite beyond a milliard: the years are over with 9999.
+/// A number of days, from 1. No forecast reaches beyond the year 9999, so that a thousand million are as good
+/// as any larger number.
 std::optional<std::int64_t> dayCount(std::string_view text) {
   const auto number = wholeNumberArgument(text);
   return number && *number >= 1 ? std::optional(static_cast<std::int64_t>(std::min(*number, 1e9)))
