@@ -204,7 +204,7 @@ std::optional<double> CircadianStatistics::restingHRDeviationBpm(
   }
   std::int64_t sum = 0;
   for (const std::int64_t rate : baselineRestingHeartRates) {
-    sum = checkedSum(sum, rate);
+    sum = checkedSum(sum, rate, "the sum of the baseline resting heart rates");
   }
   return static_cast<double>(*restingHeartRate) -
          static_cast<double>(sum) / static_cast<double>(baselineRestingHeartRates.size());
