@@ -12,9 +12,11 @@ namespace {
 /// Five intervals a night for `nights` nights, in order.
 std::vector<SleepInterval> nightsOfFive(int nights) {
   std::vector<SleepInterval> intervals;
-  for (int index = 0; index < nights * 5; ++index) {
-    const double start = index / 5 * 86'400.0 + index % 5 * 5400.0;
-    intervals.push_back({instantSinceReferenceDate(start), instantSinceReferenceDate(start + 5000)});
+  for (int night = 0; night < nights; ++night) {
+    for (int part = 0; part < 5; ++part) {
+      const double start = night * 86'400.0 + part * 5400.0;
+      intervals.push_back({instantSinceReferenceDate(start), instantSinceReferenceDate(start + 5000)});
+    }
   }
   return intervals;
 }
