@@ -411,8 +411,10 @@ TEST(RestingHeartRateDeathTest, sumBeyond64BitsStopsTheProgram) {
   constexpr auto most = std::numeric_limits<std::int64_t>::max();
   constexpr auto least = std::numeric_limits<std::int64_t>::min();
   EXPECT_EQ(Statistics::restingHRDeviationBpm(0, Counts{most - 1, 1}), -static_cast<double>(most) / 2);
-  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{most, 1}), "the sum of the baseline resting heart rates lies beyond 64 bits");
-  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{least, -1}), "the sum of the baseline resting heart rates lies beyond 64 bits");
+  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{most, 1}),
+               "the sum of the baseline resting heart rates lies beyond 64 bits");
+  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{least, -1}),
+               "the sum of the baseline resting heart rates lies beyond 64 bits");
   // Without a rate of today nothing is summed.
   EXPECT_EQ(Statistics::restingHRDeviationBpm(std::nullopt, Counts{most, 1}), std::nullopt);
 }
@@ -467,6 +469,24 @@ TEST(CircadianFeatures, areTheStatisticsOfTheObservations) {
                       }));
   EXPECT_THAT(features.phaseDeviationHours, Optional(DoubleNear(1.5, angleRounding)));
   EXPECT_THAT(features.sleepRegularitySDMinutes, Optional(AllOf(Gt(8), Lt(8.2))));  // on a line, 8.16
+}
+
+TEST(CircadianFeatures, areThoseOfEachStatisticByItselfForNightsAtAnyTime) {
+  EXPECT_TRUE(rc::check([] {
+    CircadianObservations input{.date = "2025-03-05", .judgedMidSleepMinutes = *rc::gen::inRange(-100, 1600)};
+    Times midSleeps;
+    Times asleep;
+    for (int count = *rc::gen::inRange(0, 20); count > 0; --count) {
+      midSleeps.push_back(*rc::gen::inRange(-400, 6400) / 4.0);
+      asleep.push_back(*rc::gen::inRange(0, 6000) / 10.0);
+      input.nights.push_back({"2025-03-05", midSleeps.back(), asleep.back()});
+    }
+    const auto features = Statistics::features(input);
+    RC_ASSERT(features.phaseDeviationHours ==
+              Statistics::phaseDeviationHours(input.judgedMidSleepMinutes, midSleeps));
+    RC_ASSERT(features.sleepRegularitySDMinutes == Statistics::sleepRegularitySDMinutes(midSleeps));
+    RC_ASSERT(features.durationSDMinutes == Statistics::durationSDMinutes(asleep));
+  }));
 }
 
 TEST(CircadianFeatures, countTheNights) {
