@@ -7,6 +7,15 @@
 
 using kestrel::Allocations;
 
+// The thread sanitizer brings these operators itself. What counts allocations has one thread and is not run under it.
+#if !defined(__has_feature)
+#define TIDEWELL_COUNTS_ALLOCATIONS 1
+#elif !__has_feature(thread_sanitizer)
+#define TIDEWELL_COUNTS_ALLOCATIONS 1
+#endif
+
+#ifdef TIDEWELL_COUNTS_ALLOCATIONS
+
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   void* memory = std::malloc(size);
   Allocations::count += 1;
@@ -32,3 +41,5 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t) noexcept { operator delete(memory); }
 void operator delete[](void* memory) noexcept { operator delete(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { operator delete(memory); }
+
+#endif
