@@ -4,7 +4,7 @@ import re
 import unittest
 
 from accessible_window import wait_until
-from window_test_case import WindowTestCase, key, output_of
+from window_test_case import WindowTestCase, output_of, press_until
 
 
 def tray_icon():
@@ -29,8 +29,7 @@ class Tray(WindowTestCase):
         return self.window.menu()
 
     def close_window(self):
-        key("alt+F4")
-        self.window.wait_for(lambda: not self.window.visible, "the window to be hidden")
+        press_until("alt+F4", lambda: not self.window.visible, "the window to be hidden")
 
     def choose(self, name):
         next(item for item in self.open_menu().children if item.name == name).press()

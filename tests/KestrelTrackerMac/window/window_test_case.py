@@ -5,10 +5,11 @@ import shutil
 import sqlite3
 import subprocess
 import tempfile
+import time
 import unittest
 from pathlib import Path
 
-from accessible_window import Tidewell, let_scans_run_on
+from accessible_window import Tidewell, let_scans_run_on, wait_until
 
 PROGRAM = os.environ["TIDEWELL"]
 SAMPLE_HISTORY = os.environ["TIDEWELL_SAMPLE_HISTORY"]
@@ -58,6 +59,20 @@ class WindowTestCase(unittest.TestCase):
 
 def output_of(*command):
     return subprocess.run(command, stdout=subprocess.PIPE, text=True).stdout
+
+
+def press_until(keys, condition, what):
+    """Presses keys until what they are for has come about: a window manager that is busy now and then loses one."""
+    pressed = float("-inf")
+
+    def has_come_about():
+        nonlocal pressed
+        if not condition() and time.monotonic() - pressed > 5:
+            key(keys)
+            pressed = time.monotonic()
+        return condition()
+
+    wait_until(has_come_about, what)
 
 
 def key(*keys):

@@ -80,7 +80,7 @@ class Reading(unittest.TestCase):
 
 def window_case():
     """Made only where there is a desktop to show windows on."""
-    from window_test_case import PROGRAM, WindowTestCase, key
+    from window_test_case import PROGRAM, WindowTestCase, press_until
 
     class WritesNothing(WindowTestCase):
         def files(self):
@@ -104,7 +104,7 @@ def window_case():
             window.find("push button", "Scan Locally").press()
             window.find("push button", "Scan Again")
             window.wait_for(lambda: window.in_front, "the window to be in front")
-            key("alt+F4")
+            press_until("alt+F4", lambda: window.process.poll() is not None, "the application to end")
             self.assertEqual(window.wait_for_end(), 0)
             self.assertEqual(offences(trace.read_text(errors="replace"), self.home), [])
             left = set(self.files()) - set(before) - set(SIDE_FILES)
