@@ -82,8 +82,34 @@ class SeenDays {
 /// The groups of the labels that stand at each lag behind a day.
 using GroupsByLag = std::array<Group, lags.size()>;
 
-/// The moments of the groups at each lag.
-using Moments = std::array<std::array<SampleMoments, groupCount>, lags.size()>;
+/// One of each group at each lag.
+template <class T>
+using Samples = std::array<std::array<T, groupCount>, lags.size()>;
+using Moments = Samples<SampleMoments>;
+
+/// What the values of a sample sum up to.
+struct Sums {
+  std::int64_t count = 0;
+  double values = 0;
+  double mean = 0;
+  double deviations = 0;  // from the mean: by how much that was rounded, in all
+  double squares = 0;     // of the deviations
+
+  /// Of this half of a sample and `other`, which have the count of both here, and the mean of both. By T.
+  /// Chan, G. Golub and R. LeVeque, The American Statistician 37, 1983, 242-247: equal values have no spread,
+  /// however large they are.
+  SampleMoments momentsWith(const Sums& other) const {
+    const double rest =
+        (deviations + other.deviations) / static_cast<double>(std::max<std::int64_t>(count, 1));
+    const double spread = squares + other.squares - rest * (deviations + other.deviations);
+    return {.count = count,
+            .mean = mean + rest,
+            .variance = std::max(spread, 0.0) / static_cast<double>(std::max<std::int64_t>(count - 1, 1))};
+  }
+};
+
+/// Every second value is summed up by itself: a sum then waits half as often for itself.
+using SumsOfHalves = std::array<Samples<Sums>, 2>;
 
 class EvidenceRun {
  public:
@@ -91,9 +117,9 @@ class EvidenceRun {
               std::span<const SignalEvidenceLabel> labels, std::int64_t minimumDays)
       : observed_(groupedBySignal(observations)),
         minimumDays_(minimumDays),
-        groups_(observed_.days()),
-        seenBySignal_(observed_.days()),
-        seenBySource_(observed_.days()) {
+        groups_(observed_.days),
+        seenBySignal_(observed_.days),
+        seenBySource_(observed_.days) {
     for (const SignalEvidenceLabel& label : labels) {
       const auto date = civilDayFromText(label.date);
       const Group group = groupOf(label.state);
@@ -147,51 +173,51 @@ class EvidenceRun {
     return count;
   }
 
-  /// In two passes over the values, each for all lags at once.
+  /// In two passes over the values, each for all lags at once: their means, then the deviations from these.
   Moments momentsOf(const SignalSeries& signal) const {
-    Halves halves{};
-    forEachPaired(signal, halves, [](SampleMoments& sample, double value) {
-      sample.count += 1;
-      sample.mean += value;  // the sum, as yet
+    SumsOfHalves sums{};
+    forEachPaired(signal, sums, [](Sums& sum, double value) {
+      sum.count += 1;
+      sum.values += value;
     });
-    forEachSample(halves, [](SampleMoments& one, SampleMoments& other) {
+    forEachSample([&](std::size_t lag, std::size_t group) {
+      Sums& one = sums[0][lag][group];
+      Sums& other = sums[1][lag][group];
       one.count += other.count;
-      one.mean = (one.mean + other.mean) / static_cast<double>(std::max<std::int64_t>(one.count, 1));
+      one.mean = (one.values + other.values) / static_cast<double>(std::max<std::int64_t>(one.count, 1));
       other.mean = one.mean;
     });
-    forEachPaired(signal, halves, [](SampleMoments& sample, double value) {
-      const double deviation = value - sample.mean;
-      sample.variance += deviation * deviation;  // the sum of squares, as yet
+    forEachPaired(signal, sums, [](Sums& sum, double value) {
+      const double deviation = value - sum.mean;
+      sum.deviations += deviation;
+      sum.squares += deviation * deviation;
     });
-    forEachSample(halves, [](SampleMoments& one, SampleMoments& other) {
-      one.variance =
-          (one.variance + other.variance) / static_cast<double>(std::max<std::int64_t>(one.count - 1, 1));
+    Moments moments{};
+    forEachSample([&](std::size_t lag, std::size_t group) {
+      moments[lag][group] = sums[0][lag][group].momentsWith(sums[1][lag][group]);
     });
-    return halves.front();
+    return moments;
   }
 
-  /// Every second value is counted by itself: a sum then waits half as often for itself.
-  using Halves = std::array<Moments, 2>;
-
-  /// Has each value counted in the samples that it is paired with, one a lag.
-  template <class Count>
-  void forEachPaired(const SignalSeries& signal, Halves& halves, Count count) const {
+  /// Has each value summed up in the samples that it is paired with, one a lag.
+  template <class Add>
+  void forEachPaired(const SignalSeries& signal, SumsOfHalves& sums, Add add) const {
     std::size_t half = 0;
     for (const DayValue& value : signal.values) {
       const GroupsByLag& groups = groups_[placeOf(value)];
       [&]<std::size_t... lag>(std::index_sequence<lag...>) {
-        (count(halves[half][lag][groups[lag]], value.value), ...);
+        (add(sums[half][lag][groups[lag]], value.value), ...);
       }
       (std::make_index_sequence<lags.size()>());
       half ^= 1U;
     }
   }
 
-  template <class Join>
-  static void forEachSample(Halves& halves, Join join) {
+  template <class Work>
+  static void forEachSample(Work work) {
     for (std::size_t lag = 0; lag < lags.size(); ++lag) {
       for (std::size_t group = 0; group < groupCount; ++group) {
-        join(halves[0][lag][group], halves[1][lag][group]);
+        work(lag, group);
       }
     }
   }
@@ -352,7 +378,7 @@ std::vector<SignalPairAssociation> SignalEvidenceAnalyzer::pairs(
   std::vector<std::vector<SignalPairAssociation>> pairsOfFirst(count);
   std::atomic<std::size_t> nextFirst = 0;
   inThreads(useful, [&] {
-    RankCorrelator correlator(observed.days());
+    RankCorrelator correlator(observed.days);
     for (std::size_t first = nextFirst++; first < count; first = nextFirst++) {
       correlator.take(ranked[first]);
       for (std::size_t second = first + 1; second < count; ++second) {

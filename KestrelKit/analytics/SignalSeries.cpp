@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <limits>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -77,26 +78,31 @@ class SignalIndex {
 }  // namespace
 
 GroupedObservations groupedBySignal(std::span<const SignalEvidenceObservation> observations) {
-  GroupedObservations grouped{.signals = {}, .firstDay = INT32_MAX, .endDay = INT32_MIN};
+  std::int32_t first = std::numeric_limits<std::int32_t>::max();
+  std::int32_t last = std::numeric_limits<std::int32_t>::min();
   SignalIndex index;
-  std::string_view text;  // of the last observation; whole days mostly come one after the other
-  std::optional<std::chrono::local_days> date;
+  std::string_view date;  // of the last observation; those of a day mostly come one after the other
+  bool isDay = false;
+  std::int32_t day = 0;
   for (const SignalEvidenceObservation& observation : observations) {
-    if (!areEqual(observation.date, text)) {
-      text = observation.date;
-      date = civilDayFromText(text);
+    if (!areEqual(observation.date, date)) {
+      date = observation.date;
+      const auto civilDay = civilDayFromText(date);
+      isDay = civilDay.has_value();
+      if (isDay) {
+        day = static_cast<std::int32_t>(civilDay->time_since_epoch().count());
+        first = std::min(first, day);
+        last = std::max(last, day);
+      }
     }
-    if (!date || !std::isfinite(observation.value)) {
-      continue;
+    if (isDay && std::isfinite(observation.value)) {
+      index.valuesOf(observation).push_back({.day = day, .value = observation.value});
     }
-    const auto day = static_cast<std::int32_t>(date->time_since_epoch().count());
-    grouped.firstDay = std::min(grouped.firstDay, day);
-    grouped.endDay = std::max(grouped.endDay, day + 1);
-    index.valuesOf(observation).push_back({.day = day, .value = observation.value});
   }
-  grouped.signals = index.takeSignals();
-  if (grouped.signals.empty()) {
-    grouped.firstDay = grouped.endDay = 0;
+  GroupedObservations grouped{.signals = index.takeSignals()};
+  if (first <= last) {
+    grouped.firstDay = first;
+    grouped.days = static_cast<std::size_t>(last - first) + 1;
   }
   return grouped;
 }

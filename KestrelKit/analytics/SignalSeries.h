@@ -34,15 +34,13 @@ struct SignalSeries {
 
 /// Observations by signal.
 struct GroupedObservations {
-  std::vector<SignalSeries> signals;  ///< In the order of their keys.
-  std::int32_t firstDay = 0;          ///< The earliest day of all.
-  std::int32_t endDay = 0;            ///< The day after the latest; `firstDay` where there is none.
-
-  std::size_t days() const { return static_cast<std::size_t>(endDay - firstDay); }
+  std::vector<SignalSeries> signals{};  ///< In the order of their keys.
+  std::int32_t firstDay = 0;            ///< All values lie in the `days` days from this one.
+  std::size_t days = 0;
 };
 
 /// Groups `observations` by signal. One whose value is not finite, or whose date is no day of the years 0001
-/// to 9999, is none. The keys refer to the observations.
+/// to 9999, is none.
 GroupedObservations groupedBySignal(std::span<const SignalEvidenceObservation> observations);
 
 }  // namespace kestrel

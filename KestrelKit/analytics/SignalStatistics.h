@@ -32,9 +32,9 @@ struct SignalStatistics {
   /// at most 1.5e-7.
   static double standardNormalDistribution(double x) noexcept;
 
-  /// The p-values of one family of comparisons, 0 to 1 each, adjusted for their number: Y. Benjamini and
-  /// Y. Hochberg, Journal of the Royal Statistical Society B 57, 1995, 289-300. In the order given; an
-  /// adjusted value never lies below its own, and never falls as they rise.
+  /// The p-values of one family of comparisons, 0 to 1 each, adjusted for their number, in the order given:
+  /// Y. Benjamini and Y. Hochberg, Journal of the Royal Statistical Society B 57, 1995, 289-300. But for
+  /// rounding an adjusted value never lies below its own, and never falls as they rise.
   static std::vector<double> benjaminiHochberg(std::span<const double> pValues);
 };
 
