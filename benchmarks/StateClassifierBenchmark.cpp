@@ -36,7 +36,7 @@ using kestrel::benchmark::processorMilliseconds;
 std::string dayKey(std::size_t index) {
   constexpr std::size_t keys = 3'652'059;
   const std::chrono::local_days first{std::chrono::year{1} / std::chrono::January / 1};
-  return civilDayText(first + std::chrono::days{index % keys}).value();
+  return civilDayText(first + std::chrono::days{index % keys}).value_or("");
 }
 
 // Every third night short, every fourth long; posts, sentiment and its deviation all over their ranges, so
@@ -181,6 +181,10 @@ int main(int count, char** arguments) {
     countOnce(arguments[1], std::strtoull(arguments[2], nullptr, 10));
     return 0;
   }
-  measure(count == 2 ? std::atoi(arguments[1])
-                     : 5);  // NOLINT(cert-err34-c): a wrong number prints no figures
+  const int rounds = count == 2 ? std::atoi(arguments[1]) : 5;  // NOLINT(cert-err34-c): 0 is refused below
+  if (rounds < 1) {
+    fmt::print(stderr, "usage: state_classifier_benchmark [ROUNDS] | new|provided DAYS\n");
+    return 2;
+  }
+  measure(rounds);
 }

@@ -157,7 +157,7 @@ std::string zshFunction(const Command& command) {
   for (const auto& inner : command.commands()) {
     const auto& [name, purpose, details, example, exampleDoes] = inner->description();
     before += zshFunction(*inner);
-    commands += fmt::format("        {}\n", quotedForShell(name + ':' + purpose));
+    commands += fmt::format("        {}\n", quotedForShell(fmt::format("{}:{}", name, purpose)));
     calls += fmt::format("        {}) {} ;;\n", name, functionName(inner->call()));
   }
   script += fmt::format(

@@ -1,12 +1,17 @@
 #include <command-line/InputFile.h>
 
+#include "StandardStreams.h"
+
 #include <fcntl.h>
+#include <fmt/format.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <string_view>
 #include <system_error>
 
 namespace kestrel {
@@ -52,14 +57,13 @@ InputFile::InputFile(CLI::App& app, const std::string& what) {
 bool InputFile::isTyped() const { return isStandardInput() && isatty(STDIN_FILENO) == 1; }
 
 std::expected<std::string, Failure> InputFile::read() const {
-  const auto failure = [&] {
-    const std::string reason = std::generic_category().message(errno);
+  const auto failure = [&](std::string_view reason, ExitStatus status) {
     const std::string name = isStandardInput() ? "standard input" : path_.empty() ? "\"\"" : path_;
-    return std::unexpected(Failure{ExitStatus::fileFailed, name + ": " + reason});
+    return std::unexpected(Failure{status, fmt::format("{}: {}", name, reason)});
   };
   const Descriptor descriptor(isStandardInput() ? nullptr : &path_);
   if (descriptor.number() < 0) {
-    return failure();
+    return failure(std::generic_category().message(errno), ExitStatus::fileFailed);
   }
   std::string text;
   std::size_t room = likelySize(descriptor.number());
@@ -73,11 +77,11 @@ std::expected<std::string, Failure> InputFile::read() const {
     if (count > 0) {
       size += static_cast<std::size_t>(count);
       room = size == room ? 2 * room : room;
-    } else if (errno != EINTR) {
-      return failure();
+    } else if (!canGoOn(descriptor.number(), POLLIN)) {
+      return failure(std::generic_category().message(errno), ExitStatus::fileFailed);
     }
   }
-  return std::unexpected(Failure{ExitStatus::refused, "the document is too large"});
+  return failure("more than 4 GiB are no document", ExitStatus::refused);
 }
 
 }  // namespace kestrel

@@ -17,6 +17,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 #include <optional>
 #include <ranges>
 #include <span>
@@ -76,8 +77,15 @@ void Program::addTimeZoneOption() {
 int Program::run(int argc, const char* const* argv) {
   const std::string& name = description().name;
   reserveStandardStreams();
-  std::signal(SIGPIPE, SIG_IGN);
+  for (const int writeThatFails : {SIGPIPE, SIGXFSZ}) {  // is one with a reason, and no end without a word
+    std::signal(writeThatFails, SIG_IGN);
+  }
   nameOfThisProcess = name;
+  std::set_new_handler([] {
+    std::set_new_handler(nullptr);
+    writeErrorLine(nameOfThisProcess, "memory has run out");
+    std::_Exit(static_cast<int>(ExitStatus::refused));
+  });
   setProgrammingErrorEnding([](std::string_view violation) {
     writeErrorLine(nameOfThisProcess, violation);
     std::_Exit(static_cast<int>(ExitStatus::ruleBroken));

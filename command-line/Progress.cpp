@@ -6,12 +6,17 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <system_error>
 
 namespace kestrel {
 
 Progress::Progress() {
   if (isatty(STDERR_FILENO) == 1) {
-    teller_ = std::thread([this] { tell(); });
+    try {
+      teller_ = std::thread([this] { tell(); });
+    } catch (const std::system_error&) {
+      // No thread is to be had. The work goes on untold.
+    }
   }
 }
 

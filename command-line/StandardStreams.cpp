@@ -3,6 +3,7 @@
 #include <KestrelKit/foundation/QuotedText.h>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,7 +19,7 @@ std::expected<void, std::string> writeAll(int stream, std::string_view text) {
     const ssize_t written = write(stream, text.data(), text.size());
     if (written >= 0) {
       text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
+    } else if (!canGoOn(stream, POLLOUT)) {
       return std::unexpected(std::generic_category().message(errno));
     }
   }
@@ -45,6 +46,18 @@ void reserveStandardStreams() noexcept {
       (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
     }
   }
+}
+
+bool canGoOn(int descriptor, short direction) noexcept {
+  const int error = errno;
+  if (error == EAGAIN || error == EWOULDBLOCK) {
+    pollfd wanted{.fd = descriptor, .events = direction, .revents = 0};
+    while (poll(&wanted, 1, -1) < 0 && errno == EINTR) {
+    }
+    errno = error;
+    return true;
+  }
+  return error == EINTR;
 }
 
 std::expected<void, std::string> writeToStandardOutput(std::string_view text) {

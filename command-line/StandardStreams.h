@@ -10,6 +10,11 @@ namespace kestrel {
 /// started without: writing to that stream stays a failure, and never ends up in the file.
 void reserveStandardStreams() noexcept;
 
+/// After a read or write of `descriptor` that failed, `errno` says why: whether it can be tried again, because a
+/// signal came between, or because the descriptor's other users have made it non-blocking; then it waits until
+/// there is something to read (`POLLIN`) or room to write (`POLLOUT`). Leaves `errno` as it is otherwise.
+bool canGoOn(int descriptor, short direction) noexcept;
+
 /// Writes `text` to standard output; fails with the system's reason.
 [[nodiscard]] std::expected<void, std::string> writeToStandardOutput(std::string_view text);
 

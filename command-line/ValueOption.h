@@ -14,13 +14,14 @@ namespace kestrel {
 template <typename Value, typename Parse>
 CLI::Option* addValueOption(CLI::App& app, const std::string& name, std::optional<Value>& value, Parse parse,
                             const std::string& expected, const std::string& description) {
-  return app.add_option_function<std::string>(
+  return app.add_option(
       name,
-      [name, expected, parse, &value](const std::string& text) {
-        value = parse(text);
+      [name, expected, parse, &value](const CLI::results_t& words) {
+        value = parse(words.front());
         if (!value) {
-          throw CLI::ValidationError(name, kestrel::quoted(text) + " is not " + expected);
+          throw CLI::ValidationError(name, kestrel::quoted(words.front()) + " is not " + expected);
         }
+        return true;
       },
       description);
 }

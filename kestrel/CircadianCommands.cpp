@@ -42,7 +42,8 @@ void addSleep(Command& program) {
                  "\n\n"
                  R"(With --day the intervals have stages, {"start", "end", "stage"}, and the night of that )"
                  "day is printed, or null. Asleep counts what is asleep, asleepUnspecified, asleepCore, "
-                 "asleepDeep, asleepREM, core, deep or rem, in upper or lower case.",
+                 "asleepDeep, asleepREM, core, deep or rem, in upper or lower case. The middle is that of the "
+                 "part asleep; of several nights that end on the day, the one with the most sleep counts.",
       .example = R"(echo '[{"start": "2024-05-01T22:00:00Z",
   "end": "2024-05-02T06:00:00Z"}]' |
   kestrel sleep --gap 30 --timezone UTC)",
@@ -94,7 +95,7 @@ void addFeatures(Command& circadian) {
    "asleepMinutes": 480}],
   "stepCounts": [], "baselineRestingHeartRates": [],
   "expectedNights": 7}' | kestrel circadian features)",
-      .exampleDoes = "Prints the features, of which the first says that the night was two hours late.",
+      .exampleDoes = "Prints the features; phaseDeviationHours says that the night was two hours late.",
   });
   convertJson<CircadianObservations>(command, "What was observed.", CircadianStatistics::features);
 }

@@ -37,7 +37,7 @@ std::expected<std::string, Failure> printed(const Command& command, const T& val
 /// none is refused with the place where.
 template <class Input, class Operation>
 std::expected<std::string, Failure> converted(const Command& command, const InputFile& file,
-                                              Operation operation) {
+                                              const Operation& operation) {
   std::optional<Progress> progress;
   if (!file.isTyped()) {  // What a person types must not be written over.
     progress.emplace();
@@ -62,7 +62,9 @@ std::expected<std::string, Failure> converted(const Command& command, const Inpu
 template <class Input, class Operation>
 void convertJson(Command& command, const std::string& what, Operation operation) {
   const auto file = std::make_shared<InputFile>(command.arguments(), what);
-  command.setAction([&command, file, operation] { return converted<Input>(command, *file, operation); });
+  command.setAction([&command, file, operation = std::move(operation)] {
+    return converted<Input>(command, *file, operation);
+  });
 }
 
 }  // namespace kestrel

@@ -163,13 +163,13 @@ void addClassify(Command& program) {
                  "baseline the default one counts."
                  "\n\n"
                  R"(A report is {"state", "confidence", "notes", "source", "keyword"}: the confidence in )"
-                 "percent, the source manual or keyword; notes and keyword may be absent. It goes before "
-                 "what the signals say."
+                 "percent, the source manual or keyword; notes and keyword may be absent. It takes the place "
+                 "of what the signals say."
                  "\n\n"
                  R"(Prints a list of classifications, one a day: {"date", "predictedState", "confidence", )"
-                 R"("reasons", "source"} and what a report adds. An elevated day between two depressed )"
-                 "ones, and a depressed day between two elevated ones, is taken for euthymia, unless "
-                 "--each is given.",
+                 R"("reasons", "source"} and what a report adds. A day without a report is taken for )"
+                 "euthymia when it is elevated between two depressed days, or depressed between two "
+                 "elevated ones, unless --each is given.",
       .example = R"(echo '{"days": [{"date": "2024-05-01", "sleep_hours": 3.5,
   "posts": 18, "sentiment": 0.5, "steps": 9000}]}' | kestrel classify)",
       .exampleDoes =
@@ -181,7 +181,8 @@ void addClassify(Command& program) {
                             [each](const Classifiable& input) { return classified(input, *each); });
 }
 
-/// A number of days, from 1. As good as infinite beyond a milliard: the years are over with 9999.
+/// A number of days, from 1. No forecast reaches beyond the year 9999, so that a thousand million are as good
+/// as any larger number.
 std::optional<std::int64_t> dayCount(std::string_view text) {
   const auto number = wholeNumberArgument(text);
   return number && *number >= 1 ? std::optional(static_cast<std::int64_t>(std::min(*number, 1e9)))
@@ -195,7 +196,8 @@ void addPredict(Command& program) {
       .details = "Reads a list of classifications in the order of time, as kestrel classify prints it, "
                  R"(and prints the forecast of the days that follow: a list of {"date", "predictedState", )"
                  R"("probability"}. The forecast is that the last state lasts. It is empty for fewer than )"
-                 "three classifications, and when the last date is no day.",
+                 "three classifications, and when the last date is no day. A day is 24 hours: around a change "
+                 "of the clocks a date can come twice. Days beyond the year 9999 are left out.",
       .example = R"(echo '{"days": [
   {"date": "2024-05-01", "sleep_hours": 7, "posts": 9,
    "sentiment": 0, "steps": 6000},

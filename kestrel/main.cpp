@@ -14,23 +14,22 @@ int main(int argc, char** argv) {
           {
               .name = "kestrel",
               .purpose = "classify and forecast mood states from daily records",
-              .details =
-                  "Each command reads one JSON document, does one thing with it, and prints the result as "
-                  "one "
-                  "line of JSON. The document is the file that the last argument names, or standard input. "
-                  "Nothing is printed before all is done; what is wrong is said in one line on standard "
-                  "error, with the place in the document, such as days[3].posts.\n"
-                  "\n"
-                  "Days are yyyy-MM-dd in the Gregorian calendar, in the time zone of the run. Instants are "
-                  "ISO 8601 text with a zone, such as 2024-05-01T08:30:00Z or 2024-05-01T10:30:00+02:00. "
-                  "Options may stand before or after the command.\n"
-                  "\n" +
-                  std::string(Disclaimer::text),
+              .details = "Most commands read one JSON document: the file that they are given, or standard "
+                         "input. Each does one thing and prints the result as one line of JSON. Nothing is "
+                         "printed before all is done; what is wrong is said in one line on standard error, "
+                         "with the place in the document, such as days[3].posts."
+                         "\n\n"
+                         "Days are yyyy-MM-dd in the Gregorian calendar, in the time zone of the run. "
+                         "Instants are ISO 8601 text with a zone, such as 2024-05-01T08:30:00Z or "
+                         "2024-05-01T10:30:00+02:00. Options may stand before or after the command; what "
+                         "comes after -- is no option."
+                         "\n\n" +
+                         std::string(Disclaimer::text),
               .example = "kestrel state 'Major Depressive'",
               .exampleDoes = R"(Prints what this state is called today: "Severe Depression".)",
           },
-      .refusal =
-          "The input was read and refused: it is not what the command reads, or a result has no JSON form.",
+      .refusal = "The input was read and refused: it is not what the command reads, a result has no JSON "
+                 "form, or memory has run out.",
       .fileFailure = "The input could not be read, or standard output could not be written.",
   });
   program.addTimeZoneOption();

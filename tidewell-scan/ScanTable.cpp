@@ -86,7 +86,7 @@ std::string dayKey(std::optional<Instant> instant) {
 std::int64_t total(const MessagesScanSummary& summary, std::int64_t MessageDayAggregate::*count) {
   std::int64_t sum = 0;
   for (const MessageDayAggregate& day : summary.daily) {
-    sum = checkedSum(sum, day.*count);
+    sum = checkedSum(sum, day.*count, "a sum of the days");
   }
   return sum;
 }

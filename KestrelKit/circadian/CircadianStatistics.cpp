@@ -8,7 +8,7 @@
 #include <functional>
 #include <numbers>
 #include <numeric>
-#include <vector>
+#include <ranges>
 
 namespace kestrel {
 namespace {
@@ -42,30 +42,91 @@ const auto& unitVectorsOfWholeMinutes() {
   return table;
 }
 
-Vector sumOfUnitVectors(std::span<const double> clockMinutes) {
+/// The unit vectors of clock times, added up.
+struct Resultant {
+  Vector sum{};
+  double count = 0;
+  bool isOfIdenticalTimes = true;
+};
+
+/// Nothing without times.
+std::optional<Resultant> resultantOf(const auto& clockMinutes) {
+  if (clockMinutes.empty()) {
+    return std::nullopt;
+  }
   const auto& wholeMinutes = unitVectorsOfWholeMinutes();
-  Vector sum;
+  Resultant resultant{.count = static_cast<double>(clockMinutes.size())};
   for (const double each : clockMinutes) {
     const bool isOnTheFace = each >= 0 && each < minutesPerDay;
     const auto minute = isOnTheFace ? static_cast<std::size_t>(each) : 0;
     const Vector unit = static_cast<double>(minute) == each ? wholeMinutes[minute] : unitVector(each);
-    sum.sine += unit.sine;
-    sum.cosine += unit.cosine;
+    resultant.sum.sine += unit.sine;
+    resultant.sum.cosine += unit.cosine;
+    resultant.isOfIdenticalTimes &= each == clockMinutes.front();
   }
-  return sum;
+  return resultant;
 }
 
-double sumOf(std::span<const double> values) { return std::accumulate(values.begin(), values.end(), 0.0); }
+std::optional<double> meanDirection(const std::optional<Resultant>& resultant) {
+  if (!resultant) {
+    return std::nullopt;
+  }
+  const double mean = std::atan2(resultant->sum.sine, resultant->sum.cosine) / fullCircle * minutesPerDay;
+  return mean < 0 ? mean + minutesPerDay : mean;
+}
 
-double meanOf(std::span<const double> values) { return sumOf(values) / static_cast<double>(values.size()); }
+std::optional<double> deviationHours(std::optional<double> judgedMinutes,
+                                     std::optional<double> usualMinutes) {
+  if (!judgedMinutes || !usualMinutes) {
+    return std::nullopt;
+  }
+  double deviation = std::fmod(*judgedMinutes - *usualMinutes, minutesPerDay);
+  if (deviation > minutesPerDay / 2) {
+    deviation -= minutesPerDay;
+  }
+  if (deviation <= -minutesPerDay / 2) {
+    deviation += minutesPerDay;
+  }
+  return deviation / minutesPerHour;
+}
 
-/// Of a population, in a second pass about the mean of the first.
-double standardDeviation(std::span<const double> values, double mean) {
+std::optional<double> circularDeviation(const std::optional<Resultant>& resultant) {
+  if (!resultant) {
+    return std::nullopt;
+  }
+  const auto& [sine, cosine] = resultant->sum;
+  const double length = std::sqrt(sine * sine + cosine * cosine) / resultant->count;
+  // Rounding can leave the resultant of identical times just below 1, and their deviation at some millionths
+  // of a minute.
+  if (length >= 1 || (resultant->isOfIdenticalTimes && !std::isnan(length))) {
+    return 0.0;
+  }
+  return std::sqrt(-2 * std::log(std::max(length, 0.0))) / fullCircle * minutesPerDay;
+}
+
+double sumOf(const auto& values) { return std::accumulate(values.begin(), values.end(), 0.0); }
+
+struct Spread {
+  double mean;
+  double deviation;
+};
+
+/// The mean of a population and, in a second pass about it, the standard deviation. Nothing without values.
+std::optional<Spread> spreadOf(const auto& values) {
+  if (values.empty()) {
+    return std::nullopt;
+  }
+  const auto count = static_cast<double>(values.size());
+  const double mean = sumOf(values) / count;
   double squares = 0;
   for (const double value : values) {
     squares += (value - mean) * (value - mean);
   }
-  return std::sqrt(squares / static_cast<double>(values.size()));
+  return Spread{.mean = mean, .deviation = std::sqrt(squares / count)};
+}
+
+std::optional<double> deviationOf(const std::optional<Spread>& spread) {
+  return spread ? std::optional(spread->deviation) : std::nullopt;
 }
 
 struct Window {
@@ -94,52 +155,20 @@ Window bestWindow(std::span<const double> hours, std::size_t length, Better isBe
 }  // namespace
 
 std::optional<double> CircadianStatistics::circularMeanMinutes(std::span<const double> clockMinutes) {
-  if (clockMinutes.empty()) {
-    return std::nullopt;
-  }
-  const Vector sum = sumOfUnitVectors(clockMinutes);
-  const double mean = std::atan2(sum.sine, sum.cosine) / fullCircle * minutesPerDay;
-  return mean < 0 ? mean + minutesPerDay : mean;
+  return meanDirection(resultantOf(clockMinutes));
 }
 
 std::optional<double> CircadianStatistics::phaseDeviationHours(std::optional<double> judgedMidSleepMinutes,
                                                                std::span<const double> midSleepMinutes) {
-  const auto usual = circularMeanMinutes(midSleepMinutes);
-  if (!judgedMidSleepMinutes || !usual) {
-    return std::nullopt;
-  }
-  double deviation = std::fmod(*judgedMidSleepMinutes - *usual, minutesPerDay);
-  if (deviation > minutesPerDay / 2) {
-    deviation -= minutesPerDay;
-  }
-  if (deviation <= -minutesPerDay / 2) {
-    deviation += minutesPerDay;
-  }
-  return deviation / minutesPerHour;
+  return deviationHours(judgedMidSleepMinutes, circularMeanMinutes(midSleepMinutes));
 }
 
 std::optional<double> CircadianStatistics::sleepRegularitySDMinutes(std::span<const double> midSleepMinutes) {
-  if (midSleepMinutes.empty()) {
-    return std::nullopt;
-  }
-  const auto& [sine, cosine] = sumOfUnitVectors(midSleepMinutes);
-  const double resultant =
-      std::sqrt(sine * sine + cosine * cosine) / static_cast<double>(midSleepMinutes.size());
-  // Rounding can leave the resultant of identical times just below 1, and their deviation at some millionths
-  // of a minute.
-  const bool areIdentical =
-      std::ranges::adjacent_find(midSleepMinutes, std::not_equal_to()) == midSleepMinutes.end();
-  if (resultant >= 1 || (areIdentical && !std::isnan(resultant))) {
-    return 0.0;
-  }
-  return std::sqrt(-2 * std::log(std::max(resultant, 0.0))) / fullCircle * minutesPerDay;
+  return circularDeviation(resultantOf(midSleepMinutes));
 }
 
 std::optional<double> CircadianStatistics::durationSDMinutes(std::span<const double> asleepMinutes) {
-  if (asleepMinutes.empty()) {
-    return std::nullopt;
-  }
-  return standardDeviation(asleepMinutes, meanOf(asleepMinutes));
+  return deviationOf(spreadOf(asleepMinutes));
 }
 
 std::optional<ActivityRhythm> CircadianStatistics::activityRhythm(std::span<const double> hourlyActivity) {
@@ -160,12 +189,12 @@ std::optional<ActivityRhythm> CircadianStatistics::activityRhythm(std::span<cons
 }
 
 std::optional<double> CircadianStatistics::stepVariabilityCV(std::span<const std::int64_t> stepCounts) {
-  const std::vector<double> counts(stepCounts.begin(), stepCounts.end());
-  const double mean = meanOf(counts);
-  if (!(mean > 0)) {  // no counts have no mean, either
+  const auto toDouble = [](std::int64_t count) { return static_cast<double>(count); };
+  const auto spread = spreadOf(stepCounts | std::views::transform(toDouble));
+  if (!spread || !(spread->mean > 0)) {
     return std::nullopt;
   }
-  return standardDeviation(counts, mean) / mean;
+  return spread->deviation / spread->mean;
 }
 
 std::optional<double> CircadianStatistics::restingHRDeviationBpm(
@@ -175,7 +204,7 @@ std::optional<double> CircadianStatistics::restingHRDeviationBpm(
   }
   std::int64_t sum = 0;
   for (const std::int64_t rate : baselineRestingHeartRates) {
-    sum = checkedSum(sum, rate);
+    sum = checkedSum(sum, rate, "the sum of the baseline resting heart rates");
   }
   return static_cast<double>(*restingHeartRate) -
          static_cast<double>(sum) / static_cast<double>(baselineRestingHeartRates.size());
@@ -189,27 +218,24 @@ double CircadianStatistics::coverageNights(std::int64_t nights, std::int64_t exp
 }
 
 CircadianFeatures CircadianStatistics::features(const CircadianObservations& observations) {
-  std::vector<double> midSleepMinutes;
-  std::vector<double> asleepMinutes;
-  midSleepMinutes.reserve(observations.nights.size());
-  asleepMinutes.reserve(observations.nights.size());
-  for (const SleepSession& night : observations.nights) {
-    midSleepMinutes.push_back(night.midSleepMinutes);
-    asleepMinutes.push_back(night.asleepMinutes);
-  }
-  const auto nights = static_cast<std::int64_t>(observations.nights.size());
+  const auto& nights = observations.nights;
   const auto& hours = observations.hourlyActivity;
+  const auto count = static_cast<std::int64_t>(nights.size());
+  // Once for two figures, and without gathering the minutes first: what a year of nights costs is going
+  // through them.
+  const auto resultant = resultantOf(nights | std::views::transform(&SleepSession::midSleepMinutes));
   return {
       .date = observations.date,
-      .phaseDeviationHours = phaseDeviationHours(observations.judgedMidSleepMinutes, midSleepMinutes),
-      .sleepRegularitySDMinutes = sleepRegularitySDMinutes(midSleepMinutes),
-      .durationSDMinutes = durationSDMinutes(asleepMinutes),
+      .phaseDeviationHours = deviationHours(observations.judgedMidSleepMinutes, meanDirection(resultant)),
+      .sleepRegularitySDMinutes = circularDeviation(resultant),
+      .durationSDMinutes =
+          deviationOf(spreadOf(nights | std::views::transform(&SleepSession::asleepMinutes))),
       .activity = hours ? activityRhythm(*hours) : std::nullopt,
       .stepVariabilityCV = stepVariabilityCV(observations.stepCounts),
       .restingHRDeviationBpm =
           restingHRDeviationBpm(observations.restingHeartRate, observations.baselineRestingHeartRates),
-      .coverageNights = coverageNights(nights, observations.expectedNights),
-      .daysObserved = nights,
+      .coverageNights = coverageNights(count, observations.expectedNights),
+      .daysObserved = count,
   };
 }
 

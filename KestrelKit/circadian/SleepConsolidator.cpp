@@ -3,7 +3,7 @@
 #include <KestrelKit/foundation/TimeZone.h>
 #include <fmt/format.h>
 
-#include <boost/sort/spreadsort/float_sort.hpp>
+#include <boost/sort/spreadsort/integer_sort.hpp>
 
 #include <algorithm>
 #include <bit>
@@ -112,17 +112,24 @@ std::vector<Joined> joinInOrder(auto&& intervals, Seconds gapLimit, std::size_t 
   return sessions;
 }
 
+/// A number that orders as `instant` does: of a negative float all bits are the other way round.
+std::uint64_t orderOf(Instant instant) {
+  constexpr auto sign = std::uint64_t{1} << 63;
+  const auto bits = std::bit_cast<std::uint64_t>(secondsSinceReferenceDate(instant));
+  return bits & sign ? ~bits : bits | sign;
+}
+
 /// Sorts intervals so that each comesFirst() before the next.
 template <class Interval>
 void putInOrder(std::vector<Interval>& intervals) {
-  // By the bits of the starts, which takes less time than comparing them …
-  const auto bits = [](const Interval& interval, unsigned shift) {
-    return std::bit_cast<std::int64_t>(secondsSinceReferenceDate(interval.start)) >> shift;
+  // By the digits of the starts, which takes less time than comparing them …
+  const auto digits = [](const Interval& interval, unsigned shift) {
+    return orderOf(interval.start) >> shift;
   };
   const auto startsFirst = [](const Interval& left, const Interval& right) {
     return left.start < right.start;
   };
-  boost::sort::spreadsort::float_sort(intervals.begin(), intervals.end(), bits, startsFirst);
+  boost::sort::spreadsort::integer_sort(intervals.begin(), intervals.end(), digits, startsFirst);
   // … and by length among those that start together.
   for (auto first = intervals.begin(); first != intervals.end();) {
     const auto startsLater = [&](const Interval& each) { return each.start > first->start; };

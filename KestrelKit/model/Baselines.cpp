@@ -50,7 +50,7 @@ Baseline Baselines::personal(std::span<const DailyMetrics> history) {
   Mean posts;
   Mean sentiment;
   for (const DailyMetrics* day : days | std::views::drop(days.size() - std::min(days.size(), mostDays))) {
-    posts.add(static_cast<double>(day->posts));
+    posts.add(static_cast<double>(day->posts));  // as floats, so that no sum of counts lies beyond 64 bits
     if (day->sleep_hours > 0) {
       sleep.add(day->sleep_hours);
     }

@@ -17,7 +17,8 @@ struct Predictor {
   Predictor() = delete;
 
   /// The forecast of the `days` days, 1 or more, that follow the last of `history`, which is in the order of
-  /// time. Fewer than 1 is a programming error.
+  /// time. Fewer than 1 is a programming error whatever the history: a caller that counts wrongly should not
+  /// learn of it only when there is enough to forecast from.
   ///
   /// Empty when the history holds fewer than 3 classifications or its last date is no day key; a day beyond
   /// the year 9999 is left out. Days are added in 24 hours to the midnight at which `formatter` has the last

@@ -18,11 +18,10 @@ bool agree(std::optional<KestrelState> said, KestrelState label) noexcept {
 }  // namespace
 
 ShadowSummary ShadowEvaluator::evaluate(std::span<const ShadowDay> days) {
-  std::vector<const ShadowDay*> inOrder;  // the labelled ones: the others change nothing
+  std::vector<const ShadowDay*> inOrder;
+  inOrder.reserve(days.size());
   for (const ShadowDay& day : days) {
-    if (day.label) {
-      inOrder.push_back(&day);
-    }
+    inOrder.push_back(&day);
   }
   // Days of one key in the order given, which is that of their places.
   std::ranges::sort(inOrder, {}, [](const ShadowDay* day) {
@@ -34,12 +33,16 @@ ShadowSummary ShadowEvaluator::evaluate(std::span<const ShadowDay> days) {
   std::int64_t baselineHits = 0;
   std::optional<KestrelState> previousLabel;
   for (const ShadowDay* day : inOrder) {
+    const auto& label = day->label;
+    if (!label) {
+      continue;
+    }
     if (previousLabel) {
       scored += 1;
-      circadianHits += agree(day->circadianState, *day->label) ? 1 : 0;
-      baselineHits += agree(previousLabel, *day->label) ? 1 : 0;
+      circadianHits += agree(day->circadianState, *label) ? 1 : 0;
+      baselineHits += agree(previousLabel, *label) ? 1 : 0;
     }
-    previousLabel = day->label;
+    previousLabel = label;
   }
   const auto share = [&](std::int64_t hits) {
     return scored == 0 ? 0 : static_cast<double>(hits) / static_cast<double>(scored);

@@ -7,7 +7,7 @@ namespace {
 
 constexpr int lastLateNightHour = 4;  // the hours from midnight to 04:59; the evening before does not count
 
-void count(std::int64_t& counter) { counter = checkedSum(counter, 1); }
+void count(std::int64_t& counter) { counter = checkedSum(counter, 1, "a count of messages"); }
 
 }  // namespace
 
@@ -18,7 +18,7 @@ void MessagesAggregateBuilder::DayAccumulator::add(const MessageActivitySample& 
     count(lateNightCount);
   }
   if (sample.textLength && *sample.textLength >= 1) {
-    totalTextLength = checkedSum(totalTextLength, *sample.textLength);
+    totalTextLength = checkedSum(totalTextLength, *sample.textLength, "the sum of the text lengths");
     count(textSampleCount);
   }
 }

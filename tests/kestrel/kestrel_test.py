@@ -4,6 +4,7 @@ import json
 import os
 import pathlib
 import pty
+import resource
 import select
 import shutil
 import subprocess
@@ -154,7 +155,7 @@ class Kestrel(KestrelTestCase):
     def test_a_document_of_4_gib_is_refused_unread(self):
         path = self.file("")
         os.truncate(path, 1 << 32)
-        self.assert_refused(run("classify", path), 1, "the document is too large")
+        self.assert_refused(run("classify", path), 1, f"{path}: more than 4 GiB are no document")
 
     def test_input_that_cannot_be_read_ends_with_3(self):
         for call, _ in READERS:
@@ -171,6 +172,29 @@ class Kestrel(KestrelTestCase):
             self.assert_refused(run(*call, stdin=folder), 3, "standard input: Is a directory")
             os.close(folder)
         self.assert_refused(run("shadow", "/nonexistent/a\nb"), 3, "/nonexistent/a\\u000Ab: No such file or directory")
+
+    def test_input_that_comes_late_is_waited_for(self):
+        reading, writing = os.pipe()
+        os.set_blocking(reading, False)
+        process = subprocess.Popen([KESTREL, "baseline"], stdin=reading, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        os.close(reading)
+        # It sleeps in the kernel, for there is nothing to read yet.
+        while " (sleeping)" not in pathlib.Path(f"/proc/{process.pid}/status").read_text(encoding="utf-8"):
+            self.assertIsNone(process.poll(), "it did not wait")
+        os.write(writing, b"[]")
+        os.close(writing)
+        self.assertEqual(process.communicate(), (EXAMPLES["baseline"].encode() + b"\n", b""))
+        self.assertEqual(process.returncode, 0)
+
+    def test_where_memory_runs_out_it_ends_with_1(self):
+        def limited(bytes_of_memory):
+            return lambda: resource.setrlimit(resource.RLIMIT_AS, (bytes_of_memory, bytes_of_memory))
+        room = 200 << 20
+        if subprocess.run([KESTREL, "--version"], preexec_fn=limited(room), capture_output=True, check=False).returncode:
+            self.skipTest("a sanitizer takes more memory than there is to run out of")
+        done = subprocess.run([KESTREL, "baseline"], input="[" + " " * room + "]", preexec_fn=limited(room),
+                              capture_output=True, encoding="utf-8", check=False)
+        self.assert_refused(done, 1, "memory has run out")
 
     def test_a_file_without_permission_ends_with_3(self):
         # Root reads everything, so that a copy of the program is run as nobody then.
@@ -208,6 +232,24 @@ class Kestrel(KestrelTestCase):
                                     stderr=subprocess.PIPE, encoding="utf-8", check=False)
             self.assertEqual((closed.returncode, closed.stderr),
                              (3, "kestrel: standard output: Bad file descriptor\n"), call)
+
+    def test_output_into_a_file_that_may_not_grow_ends_with_3(self):
+        with open(self.folder / "output", "wb") as output:
+            done = subprocess.run([KESTREL, "states"], stdout=output, stderr=subprocess.PIPE, encoding="utf-8", check=False,
+                                  preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (10, 10)))
+        self.assertEqual((done.returncode, done.stderr), (3, "kestrel: standard output: File too large\n"))
+
+    def test_output_waits_for_a_slow_reader(self):
+        reading, writing = os.pipe()
+        os.set_blocking(writing, False)
+        history = json.dumps([{"date": "2024-05-01", "predictedState": "Mania", "confidence": 1, "reasons": [],
+                               "source": "algorithmic"}] * 3)
+        process = subprocess.Popen([KESTREL, "predict", "--days", "10000", self.file(history)], stdout=writing,
+                                   stderr=subprocess.PIPE)
+        os.close(writing)
+        with open(reading, "rb") as output:
+            self.assertEqual(len(json.loads(output.read())), 10_000)
+        self.assertEqual((process.communicate()[1], process.returncode), (b"", 0))
 
     def test_a_run_writes_no_file_and_opens_no_socket(self):
         for call, document in [(["states"], ""), *READERS, (["shadow"], "nonsense")]:

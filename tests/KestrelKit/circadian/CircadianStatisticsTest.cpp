@@ -411,8 +411,8 @@ TEST(RestingHeartRateDeathTest, sumBeyond64BitsStopsTheProgram) {
   constexpr auto most = std::numeric_limits<std::int64_t>::max();
   constexpr auto least = std::numeric_limits<std::int64_t>::min();
   EXPECT_EQ(Statistics::restingHRDeviationBpm(0, Counts{most - 1, 1}), -static_cast<double>(most) / 2);
-  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{most, 1}), "a sum lies beyond 64 bits");
-  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{least, -1}), "a sum lies beyond 64 bits");
+  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{most, 1}), "the sum of the baseline resting heart rates lies beyond 64 bits");
+  EXPECT_DEATH(Statistics::restingHRDeviationBpm(0, Counts{least, -1}), "the sum of the baseline resting heart rates lies beyond 64 bits");
   // Without a rate of today nothing is summed.
   EXPECT_EQ(Statistics::restingHRDeviationBpm(std::nullopt, Counts{most, 1}), std::nullopt);
 }

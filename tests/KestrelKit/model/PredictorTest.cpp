@@ -105,6 +105,8 @@ TEST(PredictorDeathTest, stopsForFewerThanOneDay) {
     EXPECT_DEATH((void)Predictor::predict(history, days, in("UTC")),
                  "programming error: a forecast of fewer than 1 day");
   }
+  EXPECT_DEATH((void)Predictor::predict({}, 0, in("UTC")),
+               "programming error: a forecast of fewer than 1 day");
 }
 
 }  // namespace

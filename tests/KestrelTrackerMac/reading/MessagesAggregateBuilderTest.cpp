@@ -180,7 +180,7 @@ TEST(MessagesAggregateBuilderDeathTest, totalTextLengthBeyond64BitsIsAProgrammin
   builder.add(received(march5, 1, most - 1));
   builder.add(received(march5, 1, 1));
   EXPECT_EQ(builder.daily().at(0).averageMessageLength, static_cast<double>(most) / 2);
-  EXPECT_DEATH(builder.add(received(march5, 1, 1)), "^programming error: a sum lies beyond 64 bits\n");
+  EXPECT_DEATH(builder.add(received(march5, 1, 1)), "^programming error: the sum of the text lengths lies beyond 64 bits\n");
 }
 
 TEST(MessagesAggregateBuilderDeathTest, everyCountBeyond64BitsIsAProgrammingError) {
@@ -190,13 +190,13 @@ TEST(MessagesAggregateBuilderDeathTest, everyCountBeyond64BitsIsAProgrammingErro
     day.*member = most - 1;
     day.add(received(march5, 1, 1), /*hour=*/4);
     EXPECT_EQ(day.*member, most);
-    EXPECT_DEATH(day.add(received(march5, 1, 1), /*hour=*/4), "a sum lies beyond 64 bits");
+    EXPECT_DEATH(day.add(received(march5, 1, 1), /*hour=*/4), "a count of messages lies beyond 64 bits");
   }
   Day day;
   day.sentCount = most;
   auto sent = received(march5);
   sent.isFromMe = true;
-  EXPECT_DEATH(day.add(sent, /*hour=*/12), "a sum lies beyond 64 bits");
+  EXPECT_DEATH(day.add(sent, /*hour=*/12), "a count of messages lies beyond 64 bits");
 }
 
 TEST(MessagesAggregateBuilder, agreesWithAPlainCountOfRandomSamples) {
