@@ -3,6 +3,7 @@
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/MoodStateCommands.h>
+#include <kestrel/SignalCommands.h>
 
 #include <string>
 
@@ -36,5 +37,6 @@ int main(int argc, char** argv) {
   addPrettyOption(program);
   addMoodStateCommands(program);
   addCircadianCommands(program);
+  addSignalCommands(program);
   return program.run(argc, argv);
 }

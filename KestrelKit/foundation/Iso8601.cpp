@@ -93,7 +93,8 @@ std::optional<Instant> instantFromIso8601(std::string_view text) noexcept {
   if (!offset) {
     return std::nullopt;
   }
-  const sys_seconds time = sys_days{*day} + hours{*hour} + minutes{*minute} + seconds{*second} - *offset;
+  const sys_days midnight{day->time_since_epoch()};
+  const sys_seconds time = midnight + hours{*hour} + minutes{*minute} + seconds{*second} - *offset;
   if (time < begin || time >= end) {
     return std::nullopt;
   }

@@ -15,7 +15,7 @@ std::optional<Instant> DayKeyFormatter::date(std::string_view key) const {
   if (!day) {
     return std::nullopt;
   }
-  return zone_.startOfDay(std::chrono::local_days{*day});
+  return zone_.startOfDay(*day);
 }
 
 }  // namespace kestrel

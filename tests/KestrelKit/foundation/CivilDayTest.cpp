@@ -12,7 +12,7 @@ TEST(CivilDay, readsAndWritesEveryDayOfFourCenturies) {
     const year_month_day date{day};
     const auto text = civilDayText(local_days{date});
     ASSERT_TRUE(text);
-    ASSERT_EQ(civilDayFromText(*text), date) << *text;
+    ASSERT_EQ(civilDayFromText(*text), local_days{date}) << *text;
   }
 }
 
@@ -25,12 +25,12 @@ TEST(CivilDay, holdsTheYears0001To9999) {
   for (const int cycles : {-200, -2, 2, 200}) {
     EXPECT_EQ(civilDayText(local_days{days{cycles * 65'536LL * 146'097 / 400}}), std::nullopt) << cycles;
   }
-  EXPECT_EQ(civilDayFromText("0001-01-01"), 1y / January / 1);
+  EXPECT_EQ(civilDayFromText("0001-01-01"), local_days{1y / January / 1});
   EXPECT_EQ(civilDayFromText("0000-12-31"), std::nullopt);
 }
 
 TEST(CivilDay, takesOnlyDaysThatExist) {
-  EXPECT_EQ(civilDayFromText("2024-02-29"), 2024y / February / 29);
+  EXPECT_EQ(civilDayFromText("2024-02-29"), local_days{2024y / February / 29});
   for (const std::string_view text : {"2023-02-29", "1900-02-29", "2024-02-30", "2024-04-31", "2024-00-10",
                                       "2024-13-10", "2024-01-00", "2024-01-32"}) {
     EXPECT_EQ(civilDayFromText(text), std::nullopt) << text;
