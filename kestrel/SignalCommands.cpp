@@ -1,6 +1,10 @@
 #include <KestrelKit/analytics/SignalEvidenceAnalyzer.h>
 #include <KestrelKit/analytics/SignalEvidenceLabel.h>
 #include <KestrelKit/analytics/SignalEvidenceObservation.h>
+#include <KestrelKit/analytics/TrendAggregation.h>
+#include <KestrelKit/analytics/TrendUtils.h>
+#include <KestrelKit/foundation/Instant.h>
+#include <KestrelKit/foundation/Iso8601.h>
 #include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/Record.h>
 #include <command-line/NumberArgument.h>
@@ -137,11 +141,67 @@ void addPairs(Command& program) {
   });
 }
 
+/// What `trend` reads a list of.
+struct DatedValue {
+  Instant date{};
+  double value = 0;
+
+  static JsonFields jsonFields() {
+    using R = DatedValue;
+    static constexpr JsonField fields[] = {
+        field<&R::date>("date"),
+        field<&R::value>("value"),
+    };
+    return fields;
+  }
+};
+
+void addTrend(Command& program) {
+  Command& command = program.addCommand({
+      .name = "trend",
+      .purpose = "compare a period with the one before it",
+      .details = R"(Reads a list of {"date", "value"}, the date an instant, in any order, and compares )"
+                 "the period from --start to --end with the one of equal length before --start: the sums "
+                 "of their values, or the averages. Both ends belong to a period."
+                 "\n\n"
+                 R"(Prints {"value", "label", "currentValue", "previousValue"}: the change in whole )"
+                 R"(percent, "vs previous 30 days", and the two sums or averages. The label is empty and )"
+                 "all else 0 when a period has no value, or the previous sum or average is 0.",
+      .example = R"(echo '[{"date": "2024-04-10T20:00:00Z", "value": 10},
+  {"date": "2024-05-12T20:00:00Z", "value": 15}]' |
+  kestrel trend --aggregation sum --end 2024-05-31T00:00:00Z)",
+      .exampleDoes = "Prints a change of 50 percent from April to May.",
+  });
+  struct Options {
+    std::optional<TrendAggregation> aggregation;
+    std::optional<Instant> start;
+    std::optional<Instant> end;
+  };
+  const auto options = std::make_shared<Options>();
+  addValueOption(command.arguments(), "--aggregation", options->aggregation, TrendAggregation::fromRawValue,
+                 "one of sum, average", "What becomes of the values of a period: sum or average.")
+      ->type_name("HOW")
+      ->required();
+  const auto addInstant = [&](const char* name, std::optional<Instant>& instant, const char* description) {
+    addValueOption(command.arguments(), name, instant, instantFromIso8601,
+                   "an instant such as 2024-05-01T08:30:00Z", description)
+        ->type_name("T");
+  };
+  addInstant("--start", options->start, "When the period begins; by default 30 days before its end.");
+  addInstant("--end", options->end, "When it ends; by default now.");
+  convertJson<std::vector<DatedValue>>(
+      command, "A list of dated values.", [options](const std::vector<DatedValue>& values) {
+        return TrendUtils::trend(values, &DatedValue::date, &DatedValue::value, *options->aggregation,
+                                 options->start, options->end);
+      });
+}
+
 }  // namespace
 
 void addSignalCommands(Command& program) {
   addEvidence(program);
   addPairs(program);
+  addTrend(program);
 }
 
 }  // namespace kestrel

@@ -4,7 +4,7 @@
 
 namespace kestrel {
 
-/// Adds to `program` the commands over signals: `evidence` and `pairs`.
+/// Adds to `program` the commands over signals: `evidence`, `pairs` and `trend`.
 void addSignalCommands(Command& program);
 
 }  // namespace kestrel

@@ -3,6 +3,7 @@
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/MoodStateCommands.h>
+#include <kestrel/NoteCommands.h>
 #include <kestrel/SignalCommands.h>
 
 #include <string>
@@ -38,5 +39,6 @@ int main(int argc, char** argv) {
   addMoodStateCommands(program);
   addCircadianCommands(program);
   addSignalCommands(program);
+  addNoteCommands(program);
   return program.run(argc, argv);
 }
