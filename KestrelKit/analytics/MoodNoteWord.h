@@ -48,11 +48,17 @@ struct MoodNoteMeaning {
 class MoodNoteMeanings {
  public:
   consteval MoodNoteMeanings() {
-    for (const auto& [score, words] : MoodNoteLexicon::scored) {
-      change(words, [score](MoodNoteMeaning& meaning) { meaning.score = static_cast<std::int8_t>(score); });
+    for (auto [score, words] : MoodNoteLexicon::scored) {
+      while (!words.empty()) {
+        enterFirst(words).score = static_cast<std::int8_t>(score);
+      }
     }
-    change(MoodNoteLexicon::negators, [](MoodNoteMeaning& meaning) { meaning.isNegator = true; });
-    change(MoodNoteLexicon::absolutists, [](MoodNoteMeaning& meaning) { meaning.isAbsolutist = true; });
+    for (auto words = MoodNoteLexicon::negators; !words.empty();) {
+      enterFirst(words).isNegator = true;
+    }
+    for (auto words = MoodNoteLexicon::absolutists; !words.empty();) {
+      enterFirst(words).isAbsolutist = true;
+    }
     chooseMultiplier();
     for (std::size_t number = 1; number < count_; ++number) {
       numbers_[placeOf(entries_[number].word)] = static_cast<std::uint16_t>(number);
@@ -76,22 +82,22 @@ class MoodNoteMeanings {
     MoodNoteMeaning meaning{};
   };
 
-  /// Changes the meaning of each of `words`, which blanks separate.
-  constexpr void change(std::string_view words, auto change) {
-    while (!words.empty()) {
-      const std::size_t size = std::min(words.find(' '), words.size());
-      const MoodNoteWord word(words.substr(0, size));
-      std::size_t number = 1;
-      while (number < count_ && entries_[number].word != word) {
-        ++number;
-      }
-      count_ = std::max(count_, number + 1);
-      entries_[number].word = word;
-      change(entries_[number].meaning);
-      words.remove_prefix(std::min(size + 1, words.size()));
+  /// Takes the first of `words`, which blanks separate, off them, and gives its meaning, which may be
+  /// changed.
+  constexpr MoodNoteMeaning& enterFirst(std::string_view& words) {
+    const std::size_t size = std::min(words.find(' '), words.size());
+    const MoodNoteWord word(words.substr(0, size));
+    words.remove_prefix(std::min(size + 1, words.size()));
+    std::size_t number = 1;
+    while (number < count_ && entries_[number].word != word) {
+      ++number;
     }
+    count_ = std::max(count_, number + 1);
+    entries_[number].word = word;
+    return entries_[number].meaning;
   }
 
+  /// From where it is on, the first multiplier without a collision.
   constexpr void chooseMultiplier() {
     std::array<std::uint64_t, placeCount> takenBy{};
     for (std::size_t number = 1; number < count_; ++number) {
@@ -109,7 +115,8 @@ class MoodNoteMeanings {
     return (word.head ^ std::rotl(word.tail, 29)) * multiplier_ >> (64 - placeBits);
   }
 
-  std::uint64_t multiplier_ = 0x9E37'79B9'7F4A'7C15U;  // 2^64 over the golden ratio: Knuth, TAOCP 6.4
+  std::uint64_t multiplier_ =
+      0x9E37'79B9'7F4A'83A9U;  // the first from 2^64 over the golden ratio on; see Knuth, TAOCP, 6.4
   std::array<std::uint16_t, placeCount> numbers_{};
   std::array<Entry, 320> entries_{};  // the first is what all other words say
   std::size_t count_ = 1;
