@@ -3,13 +3,17 @@
 #include <command-line/Failure.h>
 #include <CLI/CLI.hpp>
 
+#include <cstddef>
 #include <expected>
+#include <functional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace kestrel {
 
-/// The one document that a command reads: the file that its last argument names, or standard input where it
-/// names none or `-`.
+/// The one document, or text, that a command reads: the file that its last argument names, or standard input
+/// where it names none or `-`.
 class InputFile {
  public:
   /// Adds the argument to `app`. `what` says what the document is, in a sentence. To be kept as long as
@@ -24,8 +28,22 @@ class InputFile {
   /// All of it, or a failure that names it and the system's reason. More than 4 GiB is refused.
   [[nodiscard]] std::expected<std::string, Failure> read() const;
 
+  /// Takes whole lines of the input, each with the line feed that ends it, which the last one may lack.
+  using LinesTaker = std::function<std::expected<void, Failure>(std::string_view lines)>;
+
+  /// Hands all of it to `take`, some lines at a time, in order. Ends with the first failure: its own, which
+  /// names the input and the system's reason, or one of `take`. Holds no more than a portion of the input, or
+  /// its longest line.
+  [[nodiscard]] std::expected<void, Failure> readLines(const LinesTaker& take) const;
+
  private:
   bool isStandardInput() const { return path_ == "-"; }
+
+  std::unexpected<Failure> failure(std::string_view reason, ExitStatus status) const;
+  std::unexpected<Failure> systemFailure() const;
+
+  /// Fills some of `room`, and says how much; 0 is the end.
+  std::expected<std::size_t, Failure> readSome(int descriptor, std::span<char> room) const;
 
   std::string path_ = "-";
 };

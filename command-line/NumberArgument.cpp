@@ -2,6 +2,7 @@
 
 #include <KestrelKit/foundation/JsonDecoder.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace kestrel {
@@ -17,6 +18,12 @@ std::optional<double> numberArgument(std::string_view text) {
 std::optional<double> wholeNumberArgument(std::string_view text) {
   const auto number = numberArgument(text);
   return number && std::trunc(*number) == *number ? number : std::nullopt;
+}
+
+std::optional<std::int64_t> countArgument(std::string_view text) {
+  const auto number = wholeNumberArgument(text);
+  return number && *number >= 1 ? std::optional(static_cast<std::int64_t>(std::min(*number, 1e9)))
+                                : std::nullopt;
 }
 
 }  // namespace kestrel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
@@ -11,5 +12,9 @@ std::optional<double> numberArgument(std::string_view text);
 
 /// The same for whole numbers, of which `5.0` and `5e0` are two; absent for `5.5`.
 std::optional<double> wholeNumberArgument(std::string_view text);
+
+/// The same for a number of things, from 1. One beyond a milliard, of which there are never as many, is a
+/// milliard.
+std::optional<std::int64_t> countArgument(std::string_view text);
 
 }  // namespace kestrel

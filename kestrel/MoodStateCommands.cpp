@@ -20,13 +20,11 @@
 #include <kestrel/JsonCommand.h>
 #include <kestrel/MoodStateCommands.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace kestrel {
@@ -181,14 +179,6 @@ void addClassify(Command& program) {
                             [each](const Classifiable& input) { return classified(input, *each); });
 }
 
-/// A number of days, from 1. No forecast reaches beyond the year 9999, so that a thousand million are as good
-/// as any larger number.
-std::optional<std::int64_t> dayCount(std::string_view text) {
-  const auto number = wholeNumberArgument(text);
-  return number && *number >= 1 ? std::optional(static_cast<std::int64_t>(std::min(*number, 1e9)))
-                                : std::nullopt;
-}
-
 void addPredict(Command& program) {
   Command& command = program.addCommand({
       .name = "predict",
@@ -209,7 +199,7 @@ void addPredict(Command& program) {
       .exampleDoes = "Prints two days of dysthymia, each with probability 0.7.",
   });
   const auto days = std::make_shared<std::optional<std::int64_t>>();
-  addValueOption(command.arguments(), "--days", *days, dayCount, "a whole number from 1",
+  addValueOption(command.arguments(), "--days", *days, countArgument, "a whole number from 1",
                  "How many days to forecast, from 1.")
       ->type_name("N")
       ->required();

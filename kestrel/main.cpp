@@ -3,6 +3,8 @@
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/MoodStateCommands.h>
+#include <kestrel/NoteCommands.h>
+#include <kestrel/SignalCommands.h>
 
 #include <string>
 
@@ -36,5 +38,7 @@ int main(int argc, char** argv) {
   addPrettyOption(program);
   addMoodStateCommands(program);
   addCircadianCommands(program);
+  addSignalCommands(program);
+  addNoteCommands(program);
   return program.run(argc, argv);
 }

@@ -7,6 +7,7 @@
 #include <KestrelKit/foundation/Record.h>
 
 #include <expected>
+#include <span>
 #include <string>
 
 namespace kestrel {
@@ -28,6 +29,18 @@ class JsonEncoder {
     JsonWriter writer{dates_};
     JsonForm<T>::write(writer, value);
     return writer.finish(layout);
+  }
+
+  /// Each of `values` as a document on one line, ended by a line feed (JSON Lines), or the first field that
+  /// has no JSON form.
+  template <class T>
+  [[nodiscard]] std::expected<std::string, JsonError> encodeLines(std::span<const T> values) const {
+    JsonWriter writer{dates_};
+    for (const T& value : values) {
+      JsonForm<T>::write(writer, value);
+      writer.endLine();
+    }
+    return writer.finish(JsonLayout::compact);
   }
 
  private:

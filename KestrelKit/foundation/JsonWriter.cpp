@@ -6,6 +6,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -19,8 +20,32 @@
 namespace kestrel {
 namespace {
 
-using Writer = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>,
-                                 rapidjson::CrtAllocator, rapidjson::kWriteValidateEncodingFlag>;
+using CheckingWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>,
+                                         rapidjson::CrtAllocator, rapidjson::kWriteValidateEncodingFlag>;
+
+/// Printable ASCII that stands in JSON as it is, which most texts and nearly all keys are.
+bool isPlain(std::string_view text) noexcept {
+  return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
+}
+
+/// Copies plain text as a whole; the library goes from character to character.
+class Writer : public CheckingWriter {
+ public:
+  using CheckingWriter::CheckingWriter;
+
+  /// A text or a key, not too long for the library. False, and nothing is written, when it is not valid
+  /// UTF-8.
+  bool text(std::string_view value) {
+    if (!isPlain(value)) {
+      return String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+    }
+    Prefix(rapidjson::kStringType);
+    char* place = os_->Push(value.size() + 2);
+    *place = '"';
+    *std::ranges::copy(value, place + 1).out = '"';
+    return true;
+  }
+};
 
 // Long enough for 17 digits with sign, point, leading zeros of 1e-6 and an exponent.
 using NumberText = std::array<char, 32>;
@@ -158,7 +183,7 @@ void JsonWriter::text(std::string_view value) {
     refuse("is text of 4 GiB or more");
     return;
   }
-  if (!document_->writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()))) {
+  if (!document_->writer.text(value)) {
     document_->note("is not valid UTF-8");
   }
   document_->count();
@@ -180,7 +205,7 @@ void JsonWriter::key(std::string_view key) {
     refuseKey("has a key of 4 GiB or more");
     key = {};
   }
-  if (!document_->writer.Key(key.data(), static_cast<rapidjson::SizeType>(key.size()))) {
+  if (!document_->writer.text(key)) {
     refuseKey("has a key that is not valid UTF-8");
   }
   document_->levels.back().key = key;
@@ -201,6 +226,11 @@ void JsonWriter::closeList() {
   document_->levels.pop_back();
   document_->writer.EndArray();
   document_->count();
+}
+
+void JsonWriter::endLine() {
+  document_->buffer.Put('\n');
+  document_->writer.Reset(document_->buffer);
 }
 
 void JsonWriter::refuse(std::string message) {

@@ -42,6 +42,9 @@ class JsonWriter {
   void openList();
   void closeList();
 
+  /// Ends a document with a line feed. What is written then is another one, on a line of its own.
+  void endLine();
+
   /// In place of a value that has no JSON form: notes why.
   void refuse(std::string message);
 
