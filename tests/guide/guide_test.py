@@ -152,6 +152,22 @@ class Examples(unittest.TestCase):
         written = json.dumps({"features": features, "avg_hrv": heart_rate_variability})
         self.assertEqual(comparable(json.dumps(example("circadian-verdict.json"))), comparable(written))
 
+    def test_signals_are_those_of_the_diary(self):
+        diary = example("diary.json")
+        rates = {day["date"]: day.get("restingHeartRate") for day in example("heart-and-steps.json")}
+        expected = []
+        for day in diary["days"]:
+            signals = [("watch", "sleepHours", day["sleep_hours"] or None),
+                       ("watch", "restingHeartRate", rates.get(day["date"])),
+                       ("watch", "heartRateVariability", day.get("avg_hrv")), ("watch", "steps", day["steps"] or None),
+                       ("posts", "count", day["posts"]),
+                       ("posts", "sentiment", day["sentiment"] if day["posts"] else None)]
+            expected += [{"date": day["date"], "sourceID": source, "signalID": signal, "value": value}
+                         for source, signal, value in signals if value is not None]
+        labels = [{"date": date, "state": report["state"]} for date, report in diary["reports"].items()]
+        self.assertEqual(example("signals.json"),
+                         {"sources": ["watch", "posts"], "observations": expected, "labels": labels})
+
     def test_nights_with_stages_are_those_of_the_plain_intervals(self):
         plain = sorted(result("kestrel sleep --gap 60 sleep.json"), key=lambda night: night["asleepMinutes"])
         longest = {night["date"]: night for night in plain}

@@ -14,14 +14,15 @@ import unittest
 from kestrel_test_case import KESTREL, KestrelTestCase, run
 
 CALLS = [["states"], ["state"], ["baseline"], ["classify"], ["predict"], ["shadow"], ["sleep"], ["circadian", "features"],
-         ["circadian", "classify"]]
+         ["circadian", "classify"], ["evidence"], ["pairs"]]
 # A call of each command that reads a document, with one that it takes.
 READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "--each"], '{"days":[]}'),
            (["predict", "--days", "1"], "[]"), (["shadow"], "[]"), (["sleep", "--gap", "30"], "[]"),
            (["sleep", "--gap", "30", "--day", "2024-05-01"], "[]"),
            (["circadian", "features"], '{"date":"","nights":[],"stepCounts":[],"baselineRestingHeartRates":[],'
                                        '"expectedNights":0}'),
-           (["circadian", "classify"], '{"features":{"date":"","coverageNights":0,"daysObserved":0}}')]
+           (["circadian", "classify"], '{"features":{"date":"","coverageNights":0,"daysObserved":0}}'),
+           (["evidence"], '{"sources":[],"observations":[],"labels":[]}'), (["pairs"], '{"observations":[]}')]
 DAYS = [{"date": f"2024-05-{number:02}", "sleep_hours": 7.25, "posts": 9, "sentiment": 0.1, "steps": 5000}
         for number in range(1, 29)]
 
@@ -38,6 +39,8 @@ EXAMPLES = {
     "sleep": '[{"date":"2024-05-02","midSleepMinutes":120,"asleepMinutes":480}]',
     "circadian classify": '{"date":"2024-05-02","predictedState":"Moderate Depression","confidence":0.7,"reasons":['
                           '"Circadian phase markedly delayed (+2.3h)"],"source":"algorithmic"}',
+    "pairs": '[{"firstSourceID":"watch","firstSignalID":"sleep","secondSourceID":"watch","secondSignalID":"steps",'
+             '"pairedDays":2,"spearmanRho":-1}]',
 }
 
 
@@ -61,7 +64,7 @@ class Kestrel(KestrelTestCase):
             self.assert_refused(run(*arguments), 2, "COMMAND is required (see kestrel circadian --help)")
 
     def test_an_unknown_command_is_answered_with_the_known_ones(self):
-        known = "states, state, baseline, classify, predict, shadow, sleep, circadian"
+        known = "states, state, baseline, classify, predict, shadow, sleep, circadian, evidence, pairs"
         for name in ("state's", "STATES", "stat", "features", "", "-", "input.json"):
             self.assert_refused(run(name), 2, f'"{name}" is not one of {known} (see kestrel --help)')
         self.assert_refused(run("a\nb\x1b"), 2, f'"a\\u000Ab\\u001B" is not one of {known} (see kestrel --help)')
@@ -80,7 +83,8 @@ class Kestrel(KestrelTestCase):
             self.assertEqual(self.output(*arguments), expected)
         for arguments in (["--pretty", "circadian", "features"], ["circadian", "--pretty", "features"],
                           ["circadian", "features", "--pretty"], ["circadian", "features", "-", "--pretty"]):
-            done = self.output(*arguments, input=READERS[-2][1])
+            document = next(text for call, text in READERS if call == ["circadian", "features"])
+            done = self.output(*arguments, input=document)
             self.assertEqual(done, '{\n  "date": "",\n  "coverageNights": 0,\n  "daysObserved": 0\n}\n')
 
     def test_a_value_is_no_command(self):
@@ -345,7 +349,9 @@ class Kestrel(KestrelTestCase):
         for call, entries in ((["state"], ["TEXT"]), (["baseline"], ["[FILE]"]), (["classify"], ["[FILE]", "[--each]"]),
                               (["predict"], ["[FILE]", "--days N"]), (["shadow"], ["[FILE]"]),
                               (["sleep"], ["[FILE]", "--gap MINUTES", "[--day KEY]"]), (["circadian", "features"], ["[FILE]"]),
-                              (["circadian", "classify"], ["[FILE]"]), (["states"], [])):
+                              (["circadian", "classify"], ["[FILE]"]), (["states"], []),
+                              (["evidence"], ["[FILE]", "[--minimum-days N]", "[--minimum-effect X]"]),
+                              (["pairs"], ["[FILE]", "[--minimum-days N]"])):
             usage = " ".join(self.output(*call, "--help").split("\n\n")[0].split())
             self.assertEqual(usage, " ".join(["Usage: kestrel", *call, *entries, "[--timezone ID] [--pretty] [--help] "
                                               "[--version]"]))
@@ -362,6 +368,12 @@ class Kestrel(KestrelTestCase):
                     self.assertEqual(done.stdout, EXAMPLES[" ".join(call)] + "\n")
                 elif call == ["states"]:
                     self.assertEqual(done.stdout, self.output("states", "--pretty"))
+                elif call == ["evidence"]:
+                    result, = json.loads(done.stdout)
+                    association, = result["associations"]
+                    # Means 5500 and 9450, variances 500,000 and 405,000.
+                    self.assertAlmostEqual(association["standardizedDifference"], 3950 / 452_500 ** 0.5, delta=5e-5)
+                    self.assertEqual((association["comparison"], association["lagDays"]), ("elevatedVsEuthymia", 0))
                 else:
                     features = json.loads(done.stdout)
                     self.assertAlmostEqual(features["phaseDeviationHours"], 2, places=9)
