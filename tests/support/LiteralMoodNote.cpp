@@ -81,13 +81,13 @@ double rounded(double x) { return std::floor(x * 10000 + 0.5) / 10000; }
 
 double sentiment(const std::vector<std::string>& words) {
   static const auto scores = [] {
-    std::unordered_map<std::string, double> scores;
+    std::unordered_map<std::string, double> found;
     for (const auto& [score, scored] : MoodNoteLexicon::scored) {
       for (const auto& word : split(scored)) {
-        scores.emplace(word, score);
+        found.emplace(word, score);
       }
     }
-    return scores;
+    return found;
   }();
   static const auto negatorList = split(MoodNoteLexicon::negators);
   static const std::unordered_set<std::string> negators(negatorList.begin(), negatorList.end());
