@@ -81,7 +81,7 @@ void addNote(Command& program) {
                  "both. The length is that of the whole text, line feed included, in UTF-16 code units."
                  "\n\n"
                  "With --lines every line is a note by itself, without its line feed, and what it shows is "
-                 "printed on a line by itself.",
+                 "printed on a line by itself, which --pretty cannot indent.",
       .example = "printf 'not good at all' | kestrel note",
       .exampleDoes = "Prints sentiment -0.4973 for good behind not, ratio 0.25 for all, length 15.",
   });
@@ -134,10 +134,10 @@ void addSocial(Command& program) {
                  R"("totalLinks", "totalHashtags", "totalLateNightPosts"}, where days are those with a )"
                  R"(post. The hours are 24 {"hour", "posts"}; then come, for each day in the order given, )"
                  R"({"date", "replies", "quotes", "reposts"} and {"date", "absolutismPct"}.)",
-      .example = R"(echo '[{"date": "2024-05-01", "posts": 3, "absolutist_rate": 0.05},
-  {"date": "2024-05-02", "posts": 1, "absolutist_rate": 0.01}]' |
+      .example = R"(echo '[{"date": "2024-05-01", "posts": 3, "absolutist_rate": 0.04},
+  {"date": "2024-05-02", "posts": 1, "absolutist_rate": 0.08}]' |
   kestrel social)",
-      .exampleDoes = "Prints four posts on two days, of whose words 4 percent are absolutist: the day with "
+      .exampleDoes = "Prints four posts on two days, of whose words 5 percent are absolutist: the day with "
                      "three posts counts three times.",
   });
   convertJson<std::vector<VizDay>>(command, "A list of days.", [](const std::vector<VizDay>& days) {
