@@ -7,6 +7,7 @@
 #include <KestrelKit/circadian/SleepSession.h>
 #include <KestrelKit/circadian/SleepStageInterval.h>
 #include <KestrelKit/formats/SelfReportData.h>
+#include <KestrelKit/formats/VizDay.h>
 #include <KestrelKit/model/Baseline.h>
 #include <KestrelKit/model/DailyMetrics.h>
 #include <KestrelKit/model/JSONCoders.h>
@@ -51,6 +52,7 @@ constexpr Row rows[] = {
     {'r', check<std::map<std::string, SelfReportData>>},
     {'s', check<std::vector<ShadowDay>>},
     {'t', check<ShadowSummary>},
+    {'v', check<std::vector<VizDay>>},
 };
 
 }  // namespace
