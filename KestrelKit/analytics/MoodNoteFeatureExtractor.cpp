@@ -24,17 +24,14 @@ struct WordTally {
   std::size_t absolutists = 0;
 
   explicit WordTally(std::string_view text) noexcept {
-    MoodNoteTokenizer tokenizer(text);
     unsigned negators = 0;  // one bit a word, the latest the lowest
-    while (!tokenizer.atEnd()) {
-      for (const MoodNoteWord& word : tokenizer.nextWords()) {
-        const MoodNoteMeaning& meaning = moodNoteMeanings[word];
-        score += meaning.score * factors[(negators & negatorReach) != 0];  // 0 adds nothing
-        negators = negators << 1U | unsigned{meaning.isNegator};
-        absolutists += std::size_t{meaning.isAbsolutist};
-        ++words;
-      }
-    }
+    MoodNoteTokenizer(text).forEachWord([&](const MoodNoteWord& word) {
+      const MoodNoteMeaning& meaning = moodNoteMeanings[word];
+      score += meaning.score * factors[(negators & negatorReach) != 0];  // 0 adds nothing
+      negators = negators << 1U | unsigned{meaning.isNegator};
+      absolutists += std::size_t{meaning.isAbsolutist};
+      ++words;
+    });
   }
 
   double sentiment() const noexcept {

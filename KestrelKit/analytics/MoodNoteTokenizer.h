@@ -2,13 +2,16 @@
 
 #include "MoodNoteWord.h"
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <span>
 #include <string_view>
 
 namespace kestrel {
@@ -32,41 +35,39 @@ namespace kestrel {
 class MoodNoteTokenizer {
  public:
   explicit MoodNoteTokenizer(std::string_view text) noexcept
-      : begin_(text.data()), place_(begin_), end_(begin_ + text.size()), block_(begin_) {}
+      : place_(text.data()), end_(place_ + text.size()), block_(place_) {}
 
-  bool atEnd() const noexcept { return place_ == end_; }
-
-  /// Reads on from where it stands, which is not the end, and gives the words that it comes by, in order;
-  /// mostly some, at times none. They are valid until the next call.
-  std::span<const MoodNoteWord> nextWords() noexcept {
-    if (static_cast<std::size_t>(place_ - block_) >= blockEnd_) {
-      readBlock();
+  /// Calls `take` with each MoodNoteWord, in order. To be called once.
+  template <class Take>
+  void forEachWord(Take take) noexcept {
+    while (place_ != end_) {
+      if (static_cast<std::size_t>(place_ - block_) >= blockSize_) {
+        readBlock();
+      }
+      const std::uint64_t unread = ~std::uint64_t{0} << static_cast<unsigned>(place_ - block_);
+      const std::uint64_t letters = letters_ & unread;
+      const std::uint64_t special = special_ & unread;
+      std::uint64_t starts = letters & ~(letters << 1U);
+      std::uint64_t ends = ~letters & letters << 1U;
+      if (special != 0) {
+        ends &= (special & -special) - 1;  // those before the first
+      }
+      for (; ends != 0; ends &= ends - 1, starts &= starts - 1) {
+        const auto start = static_cast<std::size_t>(std::countr_zero(starts));
+        const auto end = static_cast<std::size_t>(std::countr_zero(ends));
+        take(wordAt(bytes_ + start, end - start));
+      }
+      if (special == 0) {
+        place_ = block_ + blockSize_;
+        continue;
+      }
+      // From the word on that the first special byte stands at the end of, or from that byte.
+      const char* const place = block_ + std::countr_zero(special);
+      place_ = std::min(place, block_ + std::countr_zero(starts));
+      while (place_ <= place && place_ != end_) {
+        readCarefully(take);
+      }
     }
-    const std::uint64_t unread = ~std::uint64_t{0} << static_cast<unsigned>(place_ - block_);
-    const std::uint64_t letters = letters_ & unread;
-    const std::uint64_t special = special_ & unread;
-    std::uint64_t starts = letters & ~(letters << 1U);
-    std::uint64_t ends = ~letters & letters << 1U;
-    if (special != 0) {
-      ends &= (special & -special) - 1;  // those before the first
-    }
-    std::size_t count = 0;
-    for (; ends != 0; ends &= ends - 1, starts &= starts - 1) {
-      const auto start = static_cast<std::size_t>(std::countr_zero(starts));
-      const auto end = static_cast<std::size_t>(std::countr_zero(ends));
-      words_[count++] = wordAt(block_ + start, end - start);
-    }
-    count_ = count;
-    if (special == 0) {
-      place_ = block_ + blockEnd_;
-      return {words_.data(), count_};
-    }
-    const int place = std::countr_zero(special);
-    place_ = block_ + std::min(place, std::countr_zero(starts));  // of the word that it stands at the end of
-    while (place_ <= block_ + place && !atEnd()) {
-      readCarefully();
-    }
-    return {words_.data(), count_};
   }
 
  private:
@@ -104,65 +105,69 @@ class MoodNoteTokenizer {
 
   // ---- Blocks.
 
-  static constexpr std::size_t blockSize = 64;
+  static constexpr std::size_t largestBlock = 64;
 
   using Bytes [[gnu::vector_size(16)]] = unsigned char;
 
   /// A bit for each byte, which is 0 or 0xFF; the first the lowest.
   static std::uint64_t bitsOf(Bytes bytes) noexcept {
+#ifdef __SSE2__
+    return static_cast<unsigned>(_mm_movemask_epi8(std::bit_cast<__m128i>(bytes)));
+#else
     constexpr Bytes places = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
     constexpr std::uint64_t sum = 0x0101'0101'0101'0101U;  // as a factor: adds up all bytes in the highest
     const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(bytes & places);
     return halves[0] * sum >> 56U | halves[1] * sum >> 56U << 8U;
-  }
-
-  /// Takes the bits of 64 bytes, the first of which is worth the lowest bit.
-  void takeBits(const char* bytes) noexcept {
-    letters_ = 0;
-    special_ = 0;
-    for (std::size_t offset = 0; offset < blockSize; offset += sizeof(Bytes)) {
-      Bytes some;
-      std::memcpy(&some, bytes + offset, sizeof some);
-      const Bytes fromA = (some | 0x20) - 'a';  // in either case
-      letters_ |= bitsOf(std::bit_cast<Bytes>((fromA < 26) | (some == '\''))) << offset;
-      const auto special =
-          std::bit_cast<Bytes>((some == ':') | (some == '@') | (some == 0xC4) | (some == 0xE2));
-      special_ |= bitsOf(special) << offset;
-    }
+#endif
   }
 
   /// Makes what comes next the block: 64 bytes, fewer at the end of the text, and without a word that has not
   /// ended with them. Behind its end there are neither letters nor anything special.
   void readBlock() noexcept {
     block_ = place_;
-    blockEnd_ = std::min(blockSize, static_cast<std::size_t>(end_ - place_));
-    if (blockEnd_ == blockSize) {
-      takeBits(block_);
-      const auto unfinished = static_cast<std::size_t>(std::countl_one(letters_));
-      if (unfinished == blockSize) {
-        special_ |= 1;  // a word that fills the block: beyond the plain way
-      } else {
-        blockEnd_ -= unfinished;
-        letters_ &= ~std::uint64_t{0} >> unfinished;
-      }
-    } else if (static_cast<std::size_t>(end_ - begin_) >= blockSize) {
-      takeBits(end_ - blockSize);
-      letters_ >>= blockSize - blockEnd_;
-      special_ >>= blockSize - blockEnd_;
+    bytes_ = place_;
+    blockSize_ = largestBlock;
+    if (const auto left = static_cast<std::size_t>(end_ - place_); left < atTheEnd_.size()) {
+      blockSize_ = std::min(largestBlock, left);
+      std::memcpy(atTheEnd_.data(), place_, left);
+      bytes_ = atTheEnd_.data();
+    }
+    takeBits();
+    if (blockSize_ < largestBlock) {
+      const std::uint64_t ofBlock = (std::uint64_t{1} << blockSize_) - 1;
+      letters_ &= ofBlock;
+      special_ &= ofBlock;
+      return;
+    }
+    const auto unfinished = static_cast<std::size_t>(std::countl_one(letters_));
+    if (unfinished == largestBlock) {
+      special_ |= 1;  // a word that fills the block: beyond the plain way
     } else {
-      std::array<char, blockSize> padded{};
-      std::memcpy(padded.data(), place_, blockEnd_);
-      takeBits(padded.data());
+      blockSize_ -= unfinished;
+      letters_ &= ~std::uint64_t{0} >> unfinished;
     }
   }
 
-  /// The word of `length` letters at `start`.
-  MoodNoteWord wordAt(const char* start, std::size_t length) const noexcept {
-    std::array<char, sizeof(MoodNoteWord)> atTheEnd;
-    if (end_ - start < static_cast<std::ptrdiff_t>(atTheEnd.size())) {
-      std::memcpy(atTheEnd.data(), start, length);
-      start = atTheEnd.data();
+  /// Takes the bits of the 64 bytes, the first of which is worth the lowest bit.
+  void takeBits() noexcept {
+    letters_ = 0;
+    special_ = 0;
+    for (std::size_t offset = 0; offset < largestBlock; offset += sizeof(Bytes)) {
+      Bytes some;
+      Bytes next;
+      std::memcpy(&some, bytes_ + offset, sizeof some);
+      std::memcpy(&next, bytes_ + offset + 1, sizeof next);
+      const Bytes fromA = (some | 0x20) - 'a';  // in either case
+      letters_ |= bitsOf(std::bit_cast<Bytes>((fromA < 26) | (some == '\''))) << offset;
+      const auto special = (some == '@') | ((some == ':') & (next == '/')) |
+                           ((some == 0xC4) & (next == 0xB0)) |  // capital I with a dot
+                           ((some == 0xE2) & (next == 0x84));   // Kelvin sign, and others
+      special_ |= bitsOf(std::bit_cast<Bytes>(special)) << offset;
     }
+  }
+
+  /// The word of `length` letters at `start`, behind which at least 16 bytes may be read.
+  static MoodNoteWord wordAt(const char* start, std::size_t length) noexcept {
     MoodNoteWord word;
     std::memcpy(&word.head, start, sizeof word.head);
     std::memcpy(&word.tail, start + sizeof word.head, sizeof word.tail);
@@ -184,11 +189,12 @@ class MoodNoteTokenizer {
   // ---- The careful way.
 
   /// Reads a word, a handle, or one byte of anything else.
-  void readCarefully() noexcept {
+  template <class Take>
+  void readCarefully(Take& take) noexcept {
     if (*place_ == '@') {
       skipHandle();
     } else if (is(*place_, ofWord) || foreignLetter().size != 0) {
-      readWord();
+      readWord(take);
     } else {
       ++place_;
     }
@@ -234,7 +240,8 @@ class MoodNoteTokenizer {
   }
 
   /// Reads the letters here, and the link that they begin, if they do: it is no part of the word.
-  void readWord() noexcept {
+  template <class Take>
+  void readWord(Take& take) noexcept {
     std::array<char, MoodNoteWord::longest> letters;
     std::size_t length = 0;
     const char* const start = place_;
@@ -246,7 +253,7 @@ class MoodNoteTokenizer {
     });
     length -= skipLink(start);
     if (length != 0) {
-      words_[count_++] = MoodNoteWord({letters.data(), length <= letters.size() ? length : 0});
+      take(MoodNoteWord({letters.data(), length <= letters.size() ? length : 0}));
     }
   }
 
@@ -289,17 +296,16 @@ class MoodNoteTokenizer {
             }));
   }
 
-  const char* begin_;
   const char* place_;
   const char* end_;
 
   const char* block_;
-  std::size_t blockEnd_ = 0;   ///< Counted from its start.
+  const char* bytes_ = nullptr;  ///< Those of the block, behind which 16 more may be read.
+  std::size_t blockSize_ = 0;
   std::uint64_t letters_ = 0;  ///< A bit for each byte of the block.
-  std::uint64_t special_ = 0;  ///< Likewise: what only the careful way reads.
-
-  std::array<MoodNoteWord, blockSize / 2 + 2> words_;  ///< Those of a block, and what stood around its end.
-  std::size_t count_ = 0;
+  std::uint64_t special_ =
+      0;  ///< Likewise: where something may begin or end that only the careful way reads.
+  std::array<char, largestBlock + sizeof(MoodNoteWord)> atTheEnd_{};  ///< A copy of the last bytes.
 };
 
 }  // namespace kestrel

@@ -17,12 +17,12 @@ namespace kestrel {
 struct MoodNoteWord {
   static constexpr std::size_t longest = 16;
 
-  std::uint64_t head;
-  std::uint64_t tail;
+  std::uint64_t head = 0;
+  std::uint64_t tail = 0;
 
-  constexpr MoodNoteWord() noexcept = default;  // not initialized: a tokenizer has room for many
+  constexpr MoodNoteWord() noexcept = default;
 
-  constexpr explicit MoodNoteWord(std::string_view lowerCase) noexcept : MoodNoteWord(0, 0) {
+  constexpr explicit MoodNoteWord(std::string_view lowerCase) noexcept {
     if (lowerCase.size() <= longest) {
       for (std::size_t place = 0; place < lowerCase.size(); ++place) {
         (place < 8 ? head : tail) |= std::uint64_t{static_cast<unsigned char>(lowerCase[place])}
