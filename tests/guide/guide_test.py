@@ -105,7 +105,7 @@ class Examples(unittest.TestCase):
 
     def test_every_file_is_described(self):
         page = (EXAMPLES / "README.md").read_text(encoding="utf-8")
-        described = set(re.findall(r"`([\w.-]+\.(?:json|py))`", page))
+        described = set(re.findall(r"`([\w.-]+\.(?:json|py|txt))`", page))
         self.assertEqual({path.name for path in EXAMPLES.iterdir()}, described | {"README.md"})
 
     def test_the_diary_has_each_of_120_days_once(self):
@@ -167,6 +167,21 @@ class Examples(unittest.TestCase):
         labels = [{"date": date, "state": report["state"]} for date, report in diary["reports"].items()]
         self.assertEqual(example("signals.json"),
                          {"sources": ["watch", "posts"], "observations": expected, "labels": labels})
+
+    def test_hours_asleep_are_those_of_the_diary(self):
+        berlin = zoneinfo.ZoneInfo("Europe/Berlin")
+        expected = [{"date": datetime.datetime.fromisoformat(day["date"]).replace(hour=12, tzinfo=berlin).isoformat(),
+                     "value": day["sleep_hours"]} for day in example("diary.json")["days"] if day["sleep_hours"]]
+        self.assertEqual(example("hours-asleep.json"), expected)
+
+    def test_days_of_posts_are_those_of_the_diary(self):
+        for day, posts in zip(example("diary.json")["days"], example("post-days.json"), strict=True):
+            with self.subTest(date=day["date"]):
+                self.assertEqual((posts["date"], posts["posts"]), (day["date"], day["posts"]))
+                self.assertEqual(posts.get("sentiment"), day["sentiment"] if day["posts"] else None)
+                self.assertEqual(posts.get("sentiment_stdev"), day.get("sentiment_stdev"))
+                self.assertEqual(sum(posts.get("posts_by_hour", [])), posts["posts"])
+                self.assertEqual(sum(posts.get("posts_by_hour", [])[:5]), posts.get("late_night_posts", 0))
 
     def test_nights_with_stages_are_those_of_the_plain_intervals(self):
         plain = sorted(result("kestrel sleep --gap 60 sleep.json"), key=lambda night: night["asleepMinutes"])
