@@ -15,6 +15,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -104,6 +105,35 @@ TEST(JsonEncoder, namesTheFieldThatHasNoJsonForm) {
             "a: has a key that is not valid UTF-8");
   EXPECT_EQ(json(Ring{.date = "d", .number = 1, .inner = {Ring{.date = "\xED\xA0\x80"}}}),
             "inner[0].date: is not valid UTF-8");
+}
+
+TEST(JsonEncoder, writesTextOfEachAsciiCharacterSoThatItReadsBack) {
+  for (char c = 0; c != 127; ++c) {
+    for (const std::string& text : {std::string(1, c), "plain" + std::string(1, c), c + "plain"s}) {
+      EXPECT_EQ(JsonDecoder{}.decode<std::string>(json(text)), text);
+      const std::map<std::string, std::string> map{{text, text}};
+      EXPECT_EQ((JsonDecoder{}.decode<std::map<std::string, std::string>>(json(map))), map);
+    }
+  }
+}
+
+template <class T>
+std::string jsonLines(const std::vector<T>& values) {
+  const auto text = encoder.encodeLines(std::span<const T>(values));
+  return text ? *text : text.error().text();
+}
+
+TEST(JsonEncoderLines, areADocumentEachEndedByALineFeed) {
+  EXPECT_EQ(jsonLines<double>({}), "");
+  EXPECT_EQ(jsonLines<double>({1, 0.5}), "1\n0.5\n");
+  EXPECT_EQ(jsonLines<std::string>({"a\nb", ""}), "\"a\\nb\"\n\"\"\n");
+  const std::vector<Ring> rings{{.date = "d", .number = 1, .inner = {Ring{.date = "e"}}}, {.date = "é"}};
+  EXPECT_EQ(jsonLines(rings), json(rings[0]) + '\n' + json(rings[1]) + '\n');
+}
+
+TEST(JsonEncoderLines, nameTheFirstFieldThatHasNoJsonForm) {
+  EXPECT_EQ(jsonLines<std::vector<double>>({{1}, {1, std::nan("")}, {std::nan("")}}),
+            "[1]: is not a finite number");
 }
 
 // 4 GiB of text that only takes addresses: it must not be read.
