@@ -123,7 +123,7 @@ TEST(Utf8, hasALengthInUtf16) {
 
 TEST(Utf8, hasALengthInUtf16ThatIsTheSumOverItsCodePoints) {
   // Longer than what is summed at a time: 127 times 16 bytes.
-  for (const std::string& character : {"a"s, "é"s, "日"s, "👍"s, "aé日👍"s}) {
+  for (const std::string& character : {"a"s, "é"s, "日"s, "\uFFFF"s, "👍"s, "aé日👍"s}) {
     const std::size_t units = character == "👍" ? 2 : character == "aé日👍" ? 5 : 1;
     std::string text;
     for (std::size_t count = 0; count < 6000; ++count) {
