@@ -116,7 +116,8 @@ class MoodNoteTokenizer {
 #else
     constexpr Bytes places = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
     constexpr std::uint64_t sum = 0x0101'0101'0101'0101U;  // as a factor: adds up all bytes in the highest
-    const auto halves = std::bit_cast<std::array<std::uint64_t, 2>>(bytes & places);
+    using Halves = std::array<std::uint64_t, 2>;
+    const auto halves = std::bit_cast<Halves>(bytes & places);
     return halves[0] * sum >> 56U | halves[1] * sum >> 56U << 8U;
 #endif
   }
