@@ -81,6 +81,7 @@ BlueskySummary BlueskyInsights::summary(std::span<const VizDay> days) {
 
 std::vector<HourBucket> BlueskyInsights::postsByHour(std::span<const VizDay> days) {
   std::vector<HourBucket> hours;
+  hours.reserve(hoursOfDay);
   for (std::int64_t hour = 0; hour < hoursOfDay; ++hour) {
     hours.push_back({.hour = hour});
   }
