@@ -85,7 +85,7 @@ class Pages(unittest.TestCase):
         listed = re.findall(r"^   (kestrel .*)$", page, re.MULTILINE)
         self.assertEqual(listed, [" ".join([program, *call]) for program, call in CALLS
                                   if program == "kestrel" and call not in ([], ["circadian"])])
-        self.assertEqual(len(listed), 9)
+        self.assertIn("kestrel circadian features", listed)
 
     def test_man_pages_break_no_name_at_80_columns(self):
         for program in PROGRAMS:
@@ -199,7 +199,7 @@ class Pages(unittest.TestCase):
                     self.assertIn(option, offered)
 
     def test_zsh_completes_commands(self):
-        offered = self.zsh("kestrel", "--pretty \\t\\t", "states *-- list")
+        offered = self.zsh("kestrel", "--pretty \\t\\t", "trend *-- compare")  # the last of them
         for command in commands("kestrel"):
             self.assertRegex(offered, rf"{command} +-- ")
         offered = self.zsh("kestrel", "circadian \\t\\t", "features *-- work")
