@@ -14,18 +14,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <limits>
 #include <random>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -154,23 +155,16 @@ struct Measured {
   }
 };
 
-/// Reads every text, a machine word at a time, and every value.
+/// Reads every byte of every text, and every value.
 std::uint64_t checksum(const std::vector<SignalEvidenceObservation>& observations) {
   std::uint64_t sum = 0;
-  const auto add = [&](const void* bytes, std::size_t count) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, bytes, count);
-    sum += word;
-  };
   for (const SignalEvidenceObservation& observation : observations) {
     for (const std::string* text : {&observation.date, &observation.sourceID, &observation.signalID}) {
-      std::size_t place = 0;
-      for (; place + sizeof sum <= text->size(); place += sizeof sum) {
-        add(text->data() + place, sizeof sum);
+      for (const char byte : *text) {
+        sum += static_cast<unsigned char>(byte);
       }
-      add(text->data() + place, text->size() - place);
     }
-    add(&observation.value, sizeof observation.value);
+    sum += std::bit_cast<std::uint64_t>(observation.value);
   }
   return sum;
 }

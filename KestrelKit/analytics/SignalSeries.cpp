@@ -19,7 +19,7 @@ namespace {
 
 /// Whether two texts are equal, without a call for those that fit two machine words, as names of signals
 /// mostly do.
-bool areEqual(std::string_view left, std::string_view right) {
+[[gnu::always_inline]] inline bool areEqual(std::string_view left, std::string_view right) {
   constexpr std::size_t word = sizeof(std::uint64_t);
   if (left.size() != right.size() || left.size() < word || left.size() > 2 * word) {
     return left == right;
@@ -96,7 +96,11 @@ GroupedObservations groupedBySignal(std::span<const SignalEvidenceObservation> o
       }
     }
     if (isDay && std::isfinite(observation.value)) {
-      index.valuesOf(observation).push_back({.day = day, .value = observation.value});
+      std::vector<DayValue>& values = index.valuesOf(observation);
+      if (values.size() == values.capacity()) {
+        values.reserve(values.size() * 4 + 16);  // to copy seldom: what is not used of it costs nothing
+      }
+      values.push_back({.day = day, .value = observation.value});
     }
   }
   GroupedObservations grouped{.signals = index.takeSignals()};
