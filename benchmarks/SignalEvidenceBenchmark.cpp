@@ -4,10 +4,10 @@
 //
 // SCRIPT is benchmarks/signal_evidence.py. Evidence: 10 sources of 20 signals over 3,650 days, all lags and
 // comparisons; beside it a checksum over the same observations in memory, which reads every text and every
-// value once. Pairs: 300 signals over 3,650 days, with a tenth of the values missing and with none. Each round
-// takes them in turns and checks that both sides give the same figures; then both once more at three sizes,
-// without Python. Prints medians, and the medians of the rounds' ratios. Takes 5 ROUNDS at least, which is
-// also what it takes by default.
+// value once. Pairs: 300 signals over 3,650 days, with a tenth of the values missing and with none. Each
+// round takes them in turns and checks that both sides give the same figures; then both once more at three
+// sizes, without Python. Prints medians, and the medians of the rounds' ratios. Takes 5 ROUNDS at least,
+// which is also what it takes by default.
 
 #include <KestrelKit/analytics/SignalEvidenceAnalyzer.h>
 #include <KestrelKit/foundation/CivilDay.h>
@@ -60,8 +60,9 @@ template <class Work>
 Cost costOf(const Work& work) {
   const auto begin = std::chrono::steady_clock::now();
   const double processor = kestrel::benchmark::processorMilliseconds(work);
-  return {.clock = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count(),
-          .processor = processor};
+  return {
+      .clock = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count(),
+      .processor = processor};
 }
 
 double medianOf(const std::vector<Cost>& costs, double Cost::*figure) {
@@ -88,10 +89,12 @@ std::string dayKey(std::size_t day) {
 struct Measured {
   std::size_t days;
   std::size_t signals;
-  std::vector<double> values{};       ///< A row a day, NaN for none.
+  std::vector<double> values{};        ///< A row a day, NaN for none.
   std::vector<std::int32_t> states{};  ///< The label of each day, -1 for none.
 
-  std::string sourceID(std::size_t signal) const { return fmt::format("source-{:03}", signal / signalsOfSource); }
+  std::string sourceID(std::size_t signal) const {
+    return fmt::format("source-{:03}", signal / signalsOfSource);
+  }
   std::string signalID(std::size_t signal) const { return fmt::format("signal-{:04}", signal); }
 
   /// Every second signal in whole numbers, with values that occur again and again.
@@ -140,7 +143,8 @@ struct Measured {
     std::vector<SignalEvidenceLabel> all;
     for (std::size_t day = 0; day < days; ++day) {
       if (states[day] >= 0) {
-        all.push_back({.date = dayKey(day), .state = KestrelState::allCases[static_cast<std::size_t>(states[day])]});
+        all.push_back(
+            {.date = dayKey(day), .state = KestrelState::allCases[static_cast<std::size_t>(states[day])]});
       }
     }
     return all;
@@ -215,15 +219,17 @@ Cost askPython(const std::string& script, std::string_view task, const std::file
   std::FILE* pipe = popen(command.c_str(), "r");
   const bool answered = pipe != nullptr && std::fscanf(pipe, "%lf %lf", &cost.clock, &cost.processor) == 2;
   if (pipe == nullptr || pclose(pipe) != 0 || !answered) {
-    fail("the script failed: it needs Debian's python3-pandas, python3-scipy and python3-statsmodels, and "
-         "figures that agree");
+    fail(
+        "the script failed: it needs Debian's python3-pandas, python3-scipy and python3-statsmodels, and "
+        "figures that agree");
   }
   return cost;
 }
 
-std::vector<SignalEvidenceResult> analyze(const Measured& measured,
-                                          const std::vector<SignalEvidenceObservation>& observations) {
-  return SignalEvidenceAnalyzer::analyze(measured.sources(), observations, measured.labels(),
+std::vector<SignalEvidenceResult> analyze(const std::vector<std::string>& sources,
+                                          const std::vector<SignalEvidenceObservation>& observations,
+                                          const std::vector<SignalEvidenceLabel>& labels) {
+  return SignalEvidenceAnalyzer::analyze(sources, observations, labels,
                                          SignalEvidenceAnalyzer::usualMinimumDays,
                                          SignalEvidenceAnalyzer::usualMinimumEffect);
 }
@@ -244,6 +250,8 @@ void measureEvidence(const std::string& script, int rounds, const std::filesyste
   constexpr std::size_t signals = 10 * signalsOfSource;
   const auto measured = Measured::of(days, signals, 0);
   writeMeasured(folder, measured);
+  const auto sources = measured.sources();
+  const auto labels = measured.labels();
   const auto dayByDay = measured.dayByDay();
   auto signalBySignal = dayByDay;
   std::ranges::sort(signalBySignal, {}, [](const auto& each) { return std::tie(each.signalID, each.date); });
@@ -265,7 +273,7 @@ void measureEvidence(const std::string& script, int rounds, const std::filesyste
     for (Order& order : orders) {
       order.sum.push_back(costOf([&] { use(checksum(order.observations)); }));
       std::vector<SignalEvidenceResult> results;
-      order.ours.push_back(costOf([&] { results = analyze(measured, order.observations); }));
+      order.ours.push_back(costOf([&] { results = analyze(sources, order.observations, labels); }));
       write(folder / "figures", figuresOf(results));
     }
     python.push_back(askPython(script, "evidence", folder, measured));
@@ -285,8 +293,9 @@ void measureEvidence(const std::string& script, int rounds, const std::filesyste
 void measurePairs(const std::string& script, int rounds, const std::filesystem::path& folder) {
   constexpr std::size_t days = 3'650;
   constexpr std::size_t signals = 300;
-  fmt::print("\n| values | ours, ms by the clock | pandas, ms | ratio | ours, ms of processor time | pandas, ms "
-             "| ratio | ours, µs a pair |\n");
+  fmt::print(
+      "\n| values | ours, ms by the clock | pandas, ms | ratio | ours, ms of processor time | pandas, ms "
+      "| ratio | ours, µs a pair |\n");
   fmt::print("|---|--:|--:|--:|--:|--:|--:|--:|\n");
   for (const auto& [name, missing] : {std::pair("a tenth missing", 0.1), std::pair("none missing", 0.0)}) {
     const auto measured = Measured::of(days, signals, missing);
@@ -311,12 +320,14 @@ void measurePairs(const std::string& script, int rounds, const std::filesystem::
 
 void measureGrowth(int rounds) {
   fmt::print("\n| observations | evidence, ms | ns an observation |\n|--:|--:|--:|\n");
-  for (const std::size_t sources : {1U, 10U, 100U}) {
-    const auto measured = Measured::of(3'650, sources * signalsOfSource, 0);
+  for (const std::size_t count : {1U, 10U, 100U}) {
+    const auto measured = Measured::of(3'650, count * signalsOfSource, 0);
+    const auto sources = measured.sources();
+    const auto labels = measured.labels();
     const auto observations = measured.dayByDay();
     std::vector<Cost> costs;
     for (int round = 0; round < rounds; ++round) {
-      costs.push_back(costOf([&] { analyze(measured, observations); }));
+      costs.push_back(costOf([&] { analyze(sources, observations, labels); }));
     }
     const double cost = medianOf(costs, &Cost::processor);
     fmt::print("| {} | {:.1f} | {:.1f} |\n", observations.size(), cost,
@@ -326,8 +337,11 @@ void measureGrowth(int rounds) {
   for (const auto& [name, missing] : {std::pair("a tenth missing", 0.1), std::pair("none missing", 0.0)}) {
     fmt::print("\n| pairs, {} | days | processor time, ms | µs a pair | ns a pair and day |\n", name);
     fmt::print("|--:|--:|--:|--:|--:|\n");
-    for (const auto& [days, signals] : {std::pair<std::size_t, std::size_t>(3'650, 100), {3'650, 300},
-                                        {3'650, 900}, {1'000, 300}, {10'000, 300}}) {
+    for (const auto& [days, signals] : {std::pair<std::size_t, std::size_t>(3'650, 100),
+                                        {3'650, 300},
+                                        {3'650, 900},
+                                        {1'000, 300},
+                                        {10'000, 300}}) {
       const auto observations = Measured::of(days, signals, missing).dayByDay();
       std::vector<Cost> costs;
       for (int round = 0; round < rounds; ++round) {

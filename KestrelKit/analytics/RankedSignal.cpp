@@ -14,24 +14,22 @@ namespace {
 /// Holds sums over all days of the calendar, of the cubes of their number, as they are.
 __extension__ using Wide = __int128;
 
-/// The values by day, each day once.
-std::vector<DayValue> lastOfEachDay(std::span<const DayValue> values) {
-  std::vector<DayValue> latest(values.begin(), values.end());
-  if (std::ranges::adjacent_find(latest, std::greater_equal(), &DayValue::day) == latest.end()) {
-    return latest;  // as it mostly comes
-  }
+/// The values of `signal` by day, each day once.
+SignalSeries lastOfEachDay(const SignalSeries& signal) {
   std::vector<std::pair<std::int32_t, std::size_t>> order;
-  order.reserve(values.size());
-  for (std::size_t place = 0; place < values.size(); ++place) {
-    order.emplace_back(values[place].day, place);
+  order.reserve(signal.days.size());
+  for (const std::int32_t day : signal.days) {
+    order.emplace_back(day, order.size());
   }
   std::ranges::sort(order);
-  latest.clear();
+  SignalSeries latest{};
   for (const auto& [day, place] : order) {
-    if (!latest.empty() && latest.back().day == day) {
-      latest.pop_back();
+    if (!latest.days.empty() && latest.days.back() == day) {
+      latest.values.back() = signal.values[place];
+    } else {
+      latest.days.push_back(day);
+      latest.values.push_back(signal.values[place]);
     }
-    latest.push_back(values[place]);
   }
   return latest;
 }
@@ -43,8 +41,8 @@ std::uint64_t orderOf(double value) {
   return (bits & sign) != 0 ? ~bits : bits | sign;
 }
 
-/// Calls `work` with each run of days whose values are equal, in their order. Where every run has but one day,
-/// the compiler gets to know it.
+/// Calls `work` with each run of days whose values are equal, in their order. Where every run has but one
+/// day, the compiler gets to know it.
 template <class Work>
 void forEachRun(const RankedSignal& signal, const Work& work) {
   const std::span<const std::uint32_t> order(signal.order);
@@ -61,26 +59,28 @@ void forEachRun(const RankedSignal& signal, const Work& work) {
   }
 }
 
-/// A number of days, cubed, less itself: three times the sum of the squared ranks of so many different values, and
-/// what they lack where these values are equal.
-Wide cubeLess(std::uint32_t days) {
-  return (Wide{days} * days - 1) * days;
-}
+/// A number of days, cubed, less itself: three times the sum of the squared ranks of so many different
+/// values, and what they lack where these values are equal.
+Wide cubeLess(std::uint32_t days) { return (Wide{days} * days - 1) * days; }
 
 }  // namespace
 
-RankedSignal RankedSignal::of(std::span<const DayValue> values, std::int32_t firstDay) {
+RankedSignal RankedSignal::of(const SignalSeries& series, std::int32_t firstDay) {
+  if (std::ranges::adjacent_find(series.days, std::greater_equal()) != series.days.end()) {
+    return of(lastOfEachDay(series), firstDay);  // which has its days in order
+  }
   struct Ordered {
     std::uint64_t value;
     std::uint32_t place;
   };
-  const auto latest = lastOfEachDay(values);
   std::vector<Ordered> ordered;
-  ordered.reserve(latest.size());
-  RankedSignal signal;
-  signal.days.reserve(latest.size());
-  for (const auto& [day, value] : latest) {
+  ordered.reserve(series.values.size());
+  for (const double value : series.values) {
     ordered.push_back({.value = orderOf(value), .place = static_cast<std::uint32_t>(ordered.size())});
+  }
+  RankedSignal signal;
+  signal.days.reserve(series.days.size());
+  for (const std::int32_t day : series.days) {
     signal.days.push_back(static_cast<std::uint32_t>(day - firstDay));
   }
   boost::sort::spreadsort::integer_sort(

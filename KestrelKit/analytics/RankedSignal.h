@@ -21,7 +21,7 @@ struct RankedSignal {
   std::vector<std::uint32_t> runEnds{};  ///< The place in `order` behind each run of equal values.
 
   /// Of several values on a day the last stands. Days are counted from `firstDay`.
-  static RankedSignal of(std::span<const DayValue> values, std::int32_t firstDay);
+  static RankedSignal of(const SignalSeries& series, std::int32_t firstDay);
 };
 
 /// How the ranks of two signals go together over the days that they share.
@@ -51,7 +51,8 @@ class RankCorrelator {
  private:
   const RankedSignal* first_ = nullptr;
   std::vector<std::uint8_t> isOfFirst_;  // by day: 1 for those of the first
-  std::vector<std::uint32_t> ranks_;     // of the second, by day, from 2; 0 for days not shared and between pairs
+  std::vector<std::uint32_t>
+      ranks_;  // of the second, by day, from 2; 0 for days not shared and between pairs
 };
 
 }  // namespace kestrel

@@ -153,16 +153,14 @@ class EvidenceRun {
   }
 
  private:
-  std::size_t placeOf(const DayValue& value) const {
-    return static_cast<std::size_t>(value.day - observed_.firstDay);
-  }
+  std::size_t placeOf(std::int32_t day) const { return static_cast<std::size_t>(day - observed_.firstDay); }
 
   /// The distinct days of `signal`; adds those that are new to its source.
   std::int64_t countDays(const SignalSeries& signal, SourceComputation& computation) {
     std::int64_t count = 0;
     seenBySignal_.startAnew();
-    for (const DayValue& value : signal.values) {
-      const std::size_t day = placeOf(value);
+    for (const std::int32_t date : signal.days) {
+      const std::size_t day = placeOf(date);
       if (seenBySignal_.isNew(day)) {
         count += 1;
         if (seenBySource_.isNew(day)) {
@@ -203,14 +201,13 @@ class EvidenceRun {
   /// Has each value summed up in the samples that it is paired with, one a lag.
   template <class Add>
   void forEachPaired(const SignalSeries& signal, SumsOfHalves& sums, Add add) const {
-    std::size_t half = 0;
-    for (const DayValue& value : signal.values) {
-      const GroupsByLag& groups = groups_[placeOf(value)];
+    for (std::size_t place = 0; place < signal.values.size(); ++place) {
+      Samples<Sums>& half = sums[place % sums.size()];
+      const GroupsByLag& groups = groups_[placeOf(signal.days[place])];
       [&]<std::size_t... lag>(std::index_sequence<lag...>) {
-        (add(sums[half][lag][groups[lag]], value.value), ...);
+        (add(half[lag][groups[lag]], signal.values[place]), ...);
       }
       (std::make_index_sequence<lags.size()>());
-      half ^= 1U;
     }
   }
 
@@ -327,7 +324,8 @@ SignalEvidenceResult resultOf(const std::string& sourceID, SourceComputation com
   return result;
 }
 
-/// A number for each signal, the same for those that have the same days, as the signals of one device mostly do.
+/// A number for each signal, the same for those that have the same days, as the signals of one device mostly
+/// do.
 std::vector<std::size_t> numbersOfDays(std::span<const RankedSignal> signals) {
   constexpr auto comesFirst = [](std::span<const std::uint32_t> left, std::span<const std::uint32_t> right) {
     return std::ranges::lexicographical_compare(left, right);
@@ -384,7 +382,7 @@ std::vector<SignalPairAssociation> SignalEvidenceAnalyzer::pairs(
   std::atomic<std::size_t> nextSignal = 0;
   inThreads(std::min<std::size_t>(threads, count), [&] {
     for (std::size_t place = nextSignal++; place < count; place = nextSignal++) {
-      ranked[place] = RankedSignal::of(observed.signals[place].values, observed.firstDay);
+      ranked[place] = RankedSignal::of(observed.signals[place], observed.firstDay);
     }
   });
   const auto calendars = numbersOfDays(ranked);
