@@ -51,8 +51,7 @@ class RankCorrelator {
  private:
   const RankedSignal* first_ = nullptr;
   std::vector<std::uint8_t> isOfFirst_;  // by day: 1 for those of the first
-  std::vector<std::uint32_t>
-      ranks_;  // of the second, by day, from 2; 0 for days not shared and between pairs
+  std::vector<std::uint32_t> ranks_;     // of the second, by day, from 2; 0: not shared, or between pairs
 };
 
 }  // namespace kestrel

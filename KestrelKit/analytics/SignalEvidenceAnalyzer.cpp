@@ -408,7 +408,6 @@ std::vector<SignalPairAssociation> SignalEvidenceAnalyzer::pairs(
       }
       for (std::size_t first = begin; first < end; ++first) {
         correlator.take(ranked[first]);
-        pairsOfFirst[first].reserve(count - first - 1);
         for (std::size_t second = first + 1; second < count; ++second) {
           const RankCorrelation correlation =
               calendars[first] == calendars[second]
