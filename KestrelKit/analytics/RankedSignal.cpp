@@ -173,10 +173,13 @@ RankCorrelation RankCorrelator::with(const RankedSignal& second) {
   });
 
   const Wide all = cubeLess(shared);
+  const Wide productsFromMeans = products - Wide{shared} * (shared + 1) * (shared + 1);
+  const Wide firstSquares = (all - lackOfFirst) / 3;  // without a remainder
+  const Wide secondSquares = (all - lackOfSecond) / 3;
   return {.sharedDays = shared,
-          .products = static_cast<double>(products - Wide{shared} * (shared + 1) * (shared + 1)),
-          .firstSquares = static_cast<double>((all - lackOfFirst) / 3),
-          .secondSquares = static_cast<double>((all - lackOfSecond) / 3)};
+          .products = static_cast<double>(productsFromMeans),
+          .firstSquares = static_cast<double>(firstSquares),
+          .secondSquares = static_cast<double>(secondSquares)};
 }
 
 }  // namespace kestrel
