@@ -44,9 +44,9 @@ constexpr Group groupOf(KestrelState state) noexcept {
     case KestrelState::psychosis:
       return psychosis;
     case KestrelState::unknown:
+    default:
       return noGroup;
   }
-  return noGroup;
 }
 
 constexpr std::pair<SignalEvidenceComparison, Group> comparisons[] = {
@@ -346,7 +346,7 @@ void inThreads(std::size_t threads, const Work& work) {
     while (others.size() + 1 < threads) {
       others.emplace_back(work);
     }
-  } catch (const std::system_error&) {  // Those that there are do it all.
+  } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch): those that there are do it all
   }
   work();
 }
