@@ -1,143 +1,185 @@
 #include "RankedSignal.h"
 
+#include <boost/sort/spreadsort/integer_sort.hpp>
+
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <functional>
 #include <utility>
 
 namespace kestrel {
 namespace {
 
-/// The values by day, each day once.
-std::vector<DayValue> lastOfEachDay(std::span<const DayValue> values) {
-  std::vector<DayValue> latest(values.begin(), values.end());
-  if (std::ranges::adjacent_find(latest, std::greater_equal(), &DayValue::day) == latest.end()) {
-    return latest;  // as it mostly comes
-  }
+/// Holds sums over all days of the calendar, of the cubes of their number, as they are.
+__extension__ using Wide = __int128;
+
+/// The values of `signal` by day, each day once.
+SignalSeries lastOfEachDay(const SignalSeries& signal) {
   std::vector<std::pair<std::int32_t, std::size_t>> order;
-  order.reserve(values.size());
-  for (std::size_t place = 0; place < values.size(); ++place) {
-    order.emplace_back(values[place].day, place);
+  order.reserve(signal.days.size());
+  for (const std::int32_t day : signal.days) {
+    order.emplace_back(day, order.size());
   }
   std::ranges::sort(order);
-  latest.clear();
+  SignalSeries latest{};
   for (const auto& [day, place] : order) {
-    if (!latest.empty() && latest.back().day == day) {
-      latest.pop_back();
+    if (!latest.days.empty() && latest.days.back() == day) {
+      latest.values.back() = signal.values[place];
+    } else {
+      latest.days.push_back(day);
+      latest.values.push_back(signal.values[place]);
     }
-    latest.push_back(values[place]);
   }
   return latest;
 }
 
-/// The doubled rank, counted from the mean, of a value at `place`, where `sharedBefore` says of each place,
-/// and of the end, how many days count before it.
-double rankOf(const RankedSignal::Place& place, std::span<const std::uint32_t> sharedBefore) {
-  return static_cast<double>(sharedBefore[place.runBegin] + sharedBefore[place.runEnd]) -
-         static_cast<double>(sharedBefore.back());
+/// Ascends as finite values do, and is equal for those that are.
+std::uint64_t orderOf(double value) {
+  constexpr std::uint64_t sign = std::uint64_t{1} << 63U;
+  const auto bits = std::bit_cast<std::uint64_t>(value + 0.0);  // -0 becomes 0
+  return (bits & sign) != 0 ? ~bits : bits | sign;
 }
 
-/// In four sums that the processor can work on at a time; always the same four.
-double sumOfProducts(std::span<const double> left, std::span<const double> right) {
-  std::array<double, 4> sums{};
-  for (std::size_t place = 0; place < left.size(); ++place) {
-    sums[place % sums.size()] += left[place] * right[place];
+/// Calls `work` with each run of days whose values are equal, in their order. Where every run has but one
+/// day, the compiler gets to know it.
+template <class Work>
+void forEachRun(const RankedSignal& signal, const Work& work) {
+  const std::span<const std::uint32_t> order(signal.order);
+  if (signal.runEnds.size() == order.size()) {
+    for (const std::uint32_t& day : order) {
+      work(std::span<const std::uint32_t, 1>(&day, 1));
+    }
+    return;
   }
-  return (sums[0] + sums[1]) + (sums[2] + sums[3]);
+  std::size_t begin = 0;
+  for (const std::uint32_t end : signal.runEnds) {
+    work(order.subspan(begin, end - begin));
+    begin = end;
+  }
 }
+
+/// A number of days, cubed, less itself: three times the sum of the squared ranks of so many different
+/// values, and what they lack where these values are equal.
+Wide cubeLess(std::uint32_t days) { return (Wide{days} * days - 1) * days; }
 
 }  // namespace
 
-RankedSignal RankedSignal::of(std::span<const DayValue> values, std::int32_t firstDay) {
-  const auto latest = lastOfEachDay(values);
-  std::vector<std::pair<double, std::uint32_t>> order;  // value, index of the day
-  order.reserve(latest.size());
+RankedSignal RankedSignal::of(const SignalSeries& series, std::int32_t firstDay) {
+  if (std::ranges::adjacent_find(series.days, std::greater_equal()) != series.days.end()) {
+    return of(lastOfEachDay(series), firstDay);  // which has its days in order
+  }
+  struct Ordered {
+    std::uint64_t value;
+    std::uint32_t place;
+  };
+  std::vector<Ordered> ordered;
+  ordered.reserve(series.values.size());
+  for (const double value : series.values) {
+    ordered.push_back({.value = orderOf(value), .place = static_cast<std::uint32_t>(ordered.size())});
+  }
   RankedSignal signal;
-  signal.days.reserve(latest.size());
-  for (const auto& [day, value] : latest) {
-    order.emplace_back(value, static_cast<std::uint32_t>(order.size()));
+  signal.days.reserve(series.days.size());
+  for (const std::int32_t day : series.days) {
     signal.days.push_back(static_cast<std::uint32_t>(day - firstDay));
   }
-  std::ranges::sort(order);
+  boost::sort::spreadsort::integer_sort(
+      ordered.begin(), ordered.end(), [](const Ordered& each, unsigned shift) { return each.value >> shift; },
+      [](const Ordered& left, const Ordered& right) { return left.value < right.value; });
 
-  const auto count = static_cast<std::uint32_t>(order.size());
+  const auto count = static_cast<std::uint32_t>(ordered.size());
   signal.ranks.resize(count);
-  signal.places.reserve(count);
-  for (std::uint32_t runBegin = 0, runEnd = 0; runBegin < count; runBegin = runEnd) {
-    while (runEnd < count && order[runEnd].first == order[runBegin].first) {
-      ++runEnd;
+  signal.order.reserve(count);
+  for (std::uint32_t begin = 0, end = 0; begin < count; begin = end) {
+    while (end < count && ordered[end].value == ordered[begin].value) {
+      ++end;
     }
-    const double rank = static_cast<double>(runBegin + runEnd) - static_cast<double>(count);
-    for (std::uint32_t place = runBegin; place < runEnd; ++place) {
-      const std::uint32_t index = order[place].second;
-      signal.ranks[index] = rank;
-      signal.squares += rank * rank;
-      signal.places.push_back({.day = signal.days[index], .runBegin = runBegin, .runEnd = runEnd});
+    const double rank = static_cast<double>(begin + end) - static_cast<double>(count);
+    for (std::uint32_t place = begin; place < end; ++place) {
+      signal.ranks[ordered[place].place] = rank;
+      signal.order.push_back(signal.days[ordered[place].place]);
     }
+    signal.squares += rank * rank * static_cast<double>(end - begin);
+    signal.runEnds.push_back(end);
   }
   return signal;
 }
 
-RankCorrelator::RankCorrelator(std::size_t days) : numberOfDay_(days) {}
+double sumOfProducts(std::span<const double> left, std::span<const double> right) {
+  constexpr std::size_t lanes = 8;  // which the processor can work on at a time; always the same
+  std::array<double, lanes> sums{};
+  std::size_t place = 0;
+  for (; place + lanes <= left.size(); place += lanes) {
+    for (std::size_t lane = 0; lane < lanes; ++lane) {
+      sums[lane] += left[place + lane] * right[place + lane];
+    }
+  }
+  double sum = 0;
+  for (; place < left.size(); ++place) {
+    sum += left[place] * right[place];
+  }
+  for (const double each : sums) {
+    sum += each;
+  }
+  return sum;
+}
+
+RankCorrelator::RankCorrelator(std::size_t days) : isOfFirst_(days), ranks_(days) {}
 
 void RankCorrelator::take(const RankedSignal& first) {
   if (first_ != nullptr) {
     for (const std::uint32_t day : first_->days) {
-      numberOfDay_[day] = 0;
+      isOfFirst_[day] = 0;
     }
   }
   first_ = &first;
-  std::uint32_t number = 0;
-  for (const RankedSignal::Place& place : first.places) {
-    numberOfDay_[place.day] = ++number;
+  for (const std::uint32_t day : first.days) {
+    isOfFirst_[day] = 1;
   }
-  isShared_.resize(first.places.size() + 1);
-  sharedBeforeFirst_.resize(first.places.size() + 1);
-  ranks_.resize(first.places.size() + 1);
 }
 
 RankCorrelation RankCorrelator::with(const RankedSignal& second) {
-  const RankedSignal& first = *first_;
-  if (first.days == second.days) {  // mostly so for the signals of one device
-    return {.sharedDays = first.days.size(),
-            .products = sumOfProducts(first.ranks, second.ranks),
-            .firstSquares = first.squares,
-            .secondSquares = second.squares};
-  }
-
-  numbers_.resize(second.places.size());
-  sharedBeforeSecond_.resize(second.places.size() + 1);
-  std::ranges::fill(isShared_, std::uint8_t{0});
   std::uint32_t shared = 0;
-  for (std::size_t place = 0; place < second.places.size(); ++place) {
-    const std::uint32_t number = numberOfDay_[second.places[place].day];
-    numbers_[place] = number;
-    isShared_[number] = 1;
-    sharedBeforeSecond_[place] = shared;
-    shared += number != 0 ? 1U : 0U;
-  }
-  sharedBeforeSecond_.back() = shared;
+  Wide lackOfSecond = 0;
+  forEachRun(second, [&](auto run) {
+    const std::uint32_t before = shared;
+    for (const std::uint32_t day : run) {
+      shared += isOfFirst_[day];
+    }
+    const std::uint32_t rank = before + shared + 1;
+    for (const std::uint32_t day : run) {
+      ranks_[day] = isOfFirst_[day] != 0 ? rank : 0;
+    }
+    if (run.size() > 1) {
+      lackOfSecond += cubeLess(shared - before);
+    }
+  });
 
-  std::uint32_t before = 0;
-  for (std::size_t place = 0; place < first.places.size(); ++place) {
-    sharedBeforeFirst_[place] = before;
-    before += isShared_[place + 1];
-  }
-  sharedBeforeFirst_.back() = before;
+  std::uint32_t passed = 0;
+  Wide products = 0;
+  Wide lackOfFirst = 0;
+  forEachRun(*first_, [&](auto run) {
+    const std::uint32_t before = passed;
+    std::uint64_t ranks = 0;
+    for (const std::uint32_t day : run) {
+      passed += ranks_[day] != 0 ? 1U : 0U;
+      ranks += ranks_[day];
+      ranks_[day] = 0;
+    }
+    products += Wide{ranks} * (before + passed + 1);
+    if (run.size() > 1) {
+      lackOfFirst += cubeLess(passed - before);
+    }
+  });
 
-  RankCorrelation sums{.sharedDays = shared};
-  for (std::size_t place = 0; place < first.places.size(); ++place) {
-    const double rank = isShared_[place + 1] * rankOf(first.places[place], sharedBeforeFirst_);
-    ranks_[place + 1] = rank;
-    sums.firstSquares += rank * rank;
-  }
-  for (std::size_t place = 0; place < second.places.size(); ++place) {
-    const std::uint32_t number = numbers_[place];
-    const double rank = number != 0 ? rankOf(second.places[place], sharedBeforeSecond_) : 0;
-    sums.products += rank * ranks_[number];
-    sums.secondSquares += rank * rank;
-  }
-  return sums;
+  const Wide all = cubeLess(shared);
+  const Wide productsFromMeans = products - Wide{shared} * (shared + 1) * (shared + 1);
+  const Wide firstSquares = (all - lackOfFirst) / 3;  // without a remainder
+  const Wide secondSquares = (all - lackOfSecond) / 3;
+  return {.sharedDays = shared,
+          .products = static_cast<double>(productsFromMeans),
+          .firstSquares = static_cast<double>(firstSquares),
+          .secondSquares = static_cast<double>(secondSquares)};
 }
 
 }  // namespace kestrel

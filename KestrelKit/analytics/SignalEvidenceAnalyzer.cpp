@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <map>
 #include <string_view>
 #include <system_error>
 #include <tuple>
@@ -43,9 +44,9 @@ constexpr Group groupOf(KestrelState state) noexcept {
     case KestrelState::psychosis:
       return psychosis;
     case KestrelState::unknown:
+    default:
       return noGroup;
   }
-  return noGroup;
 }
 
 constexpr std::pair<SignalEvidenceComparison, Group> comparisons[] = {
@@ -152,16 +153,14 @@ class EvidenceRun {
   }
 
  private:
-  std::size_t placeOf(const DayValue& value) const {
-    return static_cast<std::size_t>(value.day - observed_.firstDay);
-  }
+  std::size_t placeOf(std::int32_t day) const { return static_cast<std::size_t>(day - observed_.firstDay); }
 
   /// The distinct days of `signal`; adds those that are new to its source.
   std::int64_t countDays(const SignalSeries& signal, SourceComputation& computation) {
     std::int64_t count = 0;
     seenBySignal_.startAnew();
-    for (const DayValue& value : signal.values) {
-      const std::size_t day = placeOf(value);
+    for (const std::int32_t date : signal.days) {
+      const std::size_t day = placeOf(date);
       if (seenBySignal_.isNew(day)) {
         count += 1;
         if (seenBySource_.isNew(day)) {
@@ -202,14 +201,13 @@ class EvidenceRun {
   /// Has each value summed up in the samples that it is paired with, one a lag.
   template <class Add>
   void forEachPaired(const SignalSeries& signal, SumsOfHalves& sums, Add add) const {
-    std::size_t half = 0;
-    for (const DayValue& value : signal.values) {
-      const GroupsByLag& groups = groups_[placeOf(value)];
+    for (std::size_t place = 0; place < signal.values.size(); ++place) {
+      Samples<Sums>& half = sums[place % sums.size()];
+      const GroupsByLag& groups = groups_[placeOf(signal.days[place])];
       [&]<std::size_t... lag>(std::index_sequence<lag...>) {
-        (add(sums[half][lag][groups[lag]], value.value), ...);
+        (add(half[lag][groups[lag]], signal.values[place]), ...);
       }
       (std::make_index_sequence<lags.size()>());
-      half ^= 1U;
     }
   }
 
@@ -326,6 +324,20 @@ SignalEvidenceResult resultOf(const std::string& sourceID, SourceComputation com
   return result;
 }
 
+/// A number for each signal, the same for those that have the same days, as the signals of one device mostly
+/// do.
+std::vector<std::size_t> numbersOfDays(std::span<const RankedSignal> signals) {
+  constexpr auto comesFirst = [](std::span<const std::uint32_t> left, std::span<const std::uint32_t> right) {
+    return std::ranges::lexicographical_compare(left, right);
+  };
+  std::map<std::span<const std::uint32_t>, std::size_t, decltype(comesFirst)> numbers;
+  std::vector<std::size_t> numberOfEach;
+  for (const RankedSignal& signal : signals) {
+    numberOfEach.push_back(numbers.try_emplace(signal.days, numbers.size()).first->second);
+  }
+  return numberOfEach;
+}
+
 /// Runs `work` in `threads` threads, of which this is one; in fewer where the system gives no more.
 template <class Work>
 void inThreads(std::size_t threads, const Work& work) {
@@ -334,7 +346,7 @@ void inThreads(std::size_t threads, const Work& work) {
     while (others.size() + 1 < threads) {
       others.emplace_back(work);
     }
-  } catch (const std::system_error&) {  // Those that there are do it all.
+  } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch): those that there are do it all
   }
   work();
 }
@@ -365,44 +377,71 @@ std::vector<SignalPairAssociation> SignalEvidenceAnalyzer::pairs(
     std::span<const SignalEvidenceObservation> observations, std::int64_t minimumDays, unsigned threads) {
   const auto observed = groupedBySignal(observations);
   const std::size_t count = observed.signals.size();
-  const std::size_t useful = std::min<std::size_t>(threads, count);
 
   std::vector<RankedSignal> ranked(count);
   std::atomic<std::size_t> nextSignal = 0;
-  inThreads(useful, [&] {
+  inThreads(std::min<std::size_t>(threads, count), [&] {
     for (std::size_t place = nextSignal++; place < count; place = nextSignal++) {
-      ranked[place] = RankedSignal::of(observed.signals[place].values, observed.firstDay);
+      ranked[place] = RankedSignal::of(observed.signals[place], observed.firstDay);
     }
   });
+  const auto calendars = numbersOfDays(ranked);
 
+  // A thread takes some signals at a time to pair them with all later ones.
+  constexpr std::size_t atATime = 8;
   std::vector<std::vector<SignalPairAssociation>> pairsOfFirst(count);
-  std::atomic<std::size_t> nextFirst = 0;
-  inThreads(useful, [&] {
+  std::atomic<std::size_t> nextBegin = 0;
+  inThreads(std::min<std::size_t>(threads, (count + atATime - 1) / atATime), [&] {
     RankCorrelator correlator(observed.days);
-    for (std::size_t first = nextFirst++; first < count; first = nextFirst++) {
-      correlator.take(ranked[first]);
-      for (std::size_t second = first + 1; second < count; ++second) {
-        const RankCorrelation correlation = correlator.with(ranked[second]);
-        // Of whole numbers: 0 where one of the two does not vary, and far from it where both do.
-        const double spread = std::sqrt(correlation.firstSquares * correlation.secondSquares);
-        const auto pairedDays = static_cast<std::int64_t>(correlation.sharedDays);
-        if (pairedDays < minimumDays || spread == 0) {
-          continue;
+    std::array<std::vector<double>, atATime> products;  // of those with the same days, by the second
+    products.fill(std::vector<double>(count));
+    for (std::size_t begin = nextBegin.fetch_add(atATime); begin < count;
+         begin = nextBegin.fetch_add(atATime)) {
+      const std::size_t end = std::min(begin + atATime, count);
+      // A signal meets them all while the processor has it at hand.
+      for (std::size_t second = begin + 1; second < count; ++second) {
+        for (std::size_t first = begin; first < std::min(end, second); ++first) {
+          if (calendars[first] == calendars[second]) {
+            products[first - begin][second] = sumOfProducts(ranked[first].ranks, ranked[second].ranks);
+          }
         }
-        const SignalKey& firstKey = observed.signals[first].key;
-        const SignalKey& secondKey = observed.signals[second].key;
-        pairsOfFirst[first].push_back(
-            {.firstSourceID = firstKey.sourceID,
-             .firstSignalID = firstKey.signalID,
-             .secondSourceID = secondKey.sourceID,
-             .secondSignalID = secondKey.signalID,
-             .pairedDays = pairedDays,
-             .spearmanRho = SignalStatistics::roundedToFourDecimals(correlation.products / spread)});
+      }
+      for (std::size_t first = begin; first < end; ++first) {
+        correlator.take(ranked[first]);
+        for (std::size_t second = first + 1; second < count; ++second) {
+          const RankCorrelation correlation =
+              calendars[first] == calendars[second]
+                  ? RankCorrelation{.sharedDays = ranked[first].days.size(),
+                                    .products = products[first - begin][second],
+                                    .firstSquares = ranked[first].squares,
+                                    .secondSquares = ranked[second].squares}
+                  : correlator.with(ranked[second]);
+          // Of whole numbers: 0 where one of the two does not vary, and far from it where both do.
+          const double spread = std::sqrt(correlation.firstSquares * correlation.secondSquares);
+          const auto pairedDays = static_cast<std::int64_t>(correlation.sharedDays);
+          if (pairedDays < minimumDays || spread == 0) {
+            continue;
+          }
+          const SignalKey& firstKey = observed.signals[first].key;
+          const SignalKey& secondKey = observed.signals[second].key;
+          pairsOfFirst[first].push_back(
+              {.firstSourceID = firstKey.sourceID,
+               .firstSignalID = firstKey.signalID,
+               .secondSourceID = secondKey.sourceID,
+               .secondSignalID = secondKey.signalID,
+               .pairedDays = pairedDays,
+               .spearmanRho = SignalStatistics::roundedToFourDecimals(correlation.products / spread)});
+        }
       }
     }
   });
 
+  std::size_t all = 0;
+  for (const auto& some : pairsOfFirst) {
+    all += some.size();
+  }
   std::vector<SignalPairAssociation> pairs;
+  pairs.reserve(all);
   for (auto& some : pairsOfFirst) {
     std::ranges::move(some, std::back_inserter(pairs));
   }

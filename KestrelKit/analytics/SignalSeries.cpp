@@ -19,7 +19,7 @@ namespace {
 
 /// Whether two texts are equal, without a call for those that fit two machine words, as names of signals
 /// mostly do.
-bool areEqual(std::string_view left, std::string_view right) {
+[[gnu::always_inline]] inline bool areEqual(std::string_view left, std::string_view right) {
   constexpr std::size_t word = sizeof(std::uint64_t);
   if (left.size() != right.size() || left.size() < word || left.size() > 2 * word) {
     return left == right;
@@ -37,18 +37,20 @@ bool areEqual(std::string_view left, std::string_view right) {
 /// followed a signal the last time mostly follows it again: that one is tried before its name is looked up.
 class SignalIndex {
  public:
-  std::vector<DayValue>& valuesOf(const SignalEvidenceObservation& observation) {
+  SignalSeries& signalOf(const SignalEvidenceObservation& observation) {
     if (signals_.empty() || !isOf(signals_[signals_[last_].follower].key, observation)) {
       const auto [place, isNew] =
           places_.try_emplace({observation.sourceID, observation.signalID}, signals_.size());
       if (isNew) {
-        signals_.push_back(
-            {.key = {observation.sourceID, observation.signalID}, .values = {}, .follower = place->second});
+        signals_.push_back({.key = {observation.sourceID, observation.signalID},
+                            .days = {},
+                            .values = {},
+                            .follower = place->second});
       }
       signals_[last_].follower = place->second;
     }
     last_ = signals_[last_].follower;
-    return signals_[last_].values;
+    return signals_[last_];
   }
 
   std::vector<SignalSeries> takeSignals() {
@@ -75,6 +77,16 @@ class SignalIndex {
   std::unordered_map<Names, std::size_t, Hash> places_;
 };
 
+/// Room for the values of a signal that has `values` among the first `seen` of `all` observations: as many as
+/// it will have if it goes on like this, and a quarter, so that values are seldom copied. Memory that stays
+/// unused costs nothing.
+std::size_t capacityFor(std::size_t values, std::size_t seen, std::size_t all) {
+  constexpr std::size_t fewest = 16;
+  const auto foretold = static_cast<std::size_t>(1.25 * static_cast<double>(values) *
+                                                 static_cast<double>(all) / static_cast<double>(seen));
+  return std::max({fewest, 2 * values, foretold});
+}
+
 }  // namespace
 
 GroupedObservations groupedBySignal(std::span<const SignalEvidenceObservation> observations) {
@@ -84,7 +96,9 @@ GroupedObservations groupedBySignal(std::span<const SignalEvidenceObservation> o
   std::string_view date;  // of the last observation; those of a day mostly come one after the other
   bool isDay = false;
   std::int32_t day = 0;
+  std::size_t seen = 0;
   for (const SignalEvidenceObservation& observation : observations) {
+    ++seen;
     if (!areEqual(observation.date, date)) {
       date = observation.date;
       const auto civilDay = civilDayFromText(date);
@@ -96,7 +110,14 @@ GroupedObservations groupedBySignal(std::span<const SignalEvidenceObservation> o
       }
     }
     if (isDay && std::isfinite(observation.value)) {
-      index.valuesOf(observation).push_back({.day = day, .value = observation.value});
+      SignalSeries& signal = index.signalOf(observation);
+      if (signal.values.size() == signal.values.capacity()) {
+        const std::size_t capacity = capacityFor(signal.values.size(), seen, observations.size());
+        signal.days.reserve(capacity);
+        signal.values.reserve(capacity);
+      }
+      signal.days.push_back(day);
+      signal.values.push_back(observation.value);
     }
   }
   GroupedObservations grouped{.signals = index.takeSignals()};

@@ -19,16 +19,11 @@ struct SignalKey {
   auto operator<=>(const SignalKey&) const = default;
 };
 
-/// A value and the number of its day.
-struct DayValue {
-  std::int32_t day = 0;  ///< Days since 1970-01-01.
-  double value = 0;
-};
-
 /// All that was observed of one signal, in the order of the observations.
 struct SignalSeries {
   SignalKey key;
-  std::vector<DayValue> values;
+  std::vector<std::int32_t> days;  ///< Of each of `values`: days since 1970-01-01.
+  std::vector<double> values;
   std::size_t follower = 0;  ///< The place of the signal that was observed after this one the last time.
 };
 

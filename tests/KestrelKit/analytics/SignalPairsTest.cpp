@@ -237,17 +237,30 @@ TEST(SignalPairs, areThoseOfAPlainComputation) {
   EXPECT_GT(pairs, 5000U);
 }
 
-TEST(SignalPairs, doNotDependOnTheNumberOfThreads) {
+/// Of the signals some have a value on every day, some on some days, some but a few different values.
+Observations manySignals() {
   std::mt19937_64 random(1);
   Observations observations;
   for (int signal = 0; signal < 40; ++signal) {
     for (int day = 0; day < 120; ++day) {
-      if (random() % 10 != 0) {
-        observations.push_back(
-            {dayKey(day), "watch", "s" + std::to_string(signal), std::sin(static_cast<double>(random()))});
+      if (signal % 3 == 0 || random() % 10 != 0) {
+        const double value = std::sin(static_cast<double>(random()));
+        observations.push_back({dayKey(day), "watch", "s" + std::to_string(signal),
+                                signal % 4 < 2 ? value : std::round(5 * value)});
       }
     }
   }
+  return observations;
+}
+
+TEST(SignalPairs, ofManySignalsAreThoseOfAPlainComputation) {
+  const auto pairs = SignalEvidenceAnalyzer::pairs(manySignals(), 5);
+  EXPECT_EQ(pairs.size(), 780U);
+  EXPECT_EQ(pairs, plainPairs(manySignals(), 5));
+}
+
+TEST(SignalPairs, doNotDependOnTheNumberOfThreads) {
+  const auto observations = manySignals();
   const auto pairs = SignalEvidenceAnalyzer::pairs(observations, 5, 1);
   EXPECT_EQ(pairs.size(), 780U);
   for (const unsigned threads : {0U, 2U, 3U, 8U, 39U, 40U, 200U}) {
