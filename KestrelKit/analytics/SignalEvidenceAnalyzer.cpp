@@ -225,8 +225,9 @@ class EvidenceRun {
     const std::size_t candidatesBefore = computation.candidates.size();
     for (std::size_t lag = 0; lag < lags.size(); ++lag) {
       const SampleMoments& reference = moments[lag][euthymia];
-      for (const auto& [comparison, group] : comparisons) {
-        const SampleMoments& compared = moments[lag][group];
+      for (const auto& row : comparisons) {
+        const SignalEvidenceComparison comparison = row.first;
+        const SampleMoments& compared = moments[lag][row.second];
         const auto leaveOut = [&](SignalEvidenceReason reason) {
           computation.unevaluated.push_back({.signalID = signal.key.signalID,
                                              .comparison = comparison,
