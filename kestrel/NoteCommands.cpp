@@ -81,7 +81,8 @@ void addNote(Command& program) {
                  "both. The length is that of the whole text, line feed included, in UTF-16 code units."
                  "\n\n"
                  "With --lines every line is a note by itself, without its line feed, and what it shows is "
-                 "printed on a line by itself, which --pretty cannot indent.",
+                 "printed on a line by itself, which --pretty cannot indent. An empty line is a note, too. "
+                 "Text that is not valid UTF-8 is refused.",
       .example = "printf 'not good at all' | kestrel note",
       .exampleDoes = "Prints sentiment -0.4973 for good behind not, ratio 0.25 for all, length 15.",
   });

@@ -9,6 +9,7 @@
 #include <KestrelKit/foundation/Record.h>
 #include <command-line/NumberArgument.h>
 #include <command-line/ValueOption.h>
+#include <fmt/format.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/SignalCommands.h>
 
@@ -66,11 +67,19 @@ void addEvidence(Command& program) {
                  R"("overlappingDays", "evaluatedSignals", "strongestSignalID", "strongestComparison", )"
                  R"("standardizedDifference", "strongestLagDays", "associations", "unevaluated"}. The )"
                  "status is noData, insufficientOverlap, insufficientVariation, noClearAssociation or "
-                 R"(associationObserved. An association is {"signalID", "comparison", "lagDays", )"
-                 R"("pairedDays", "coverage", "referenceDays", "comparisonDays", )"
-                 R"("standardizedDifference", "confidenceInterval", "pValue", "adjustedPValue"}; what )"
-                 R"(could not be compared is {"signalID", "comparison", "lagDays", "reason"}. The )"
-                 "adjusted p-value allows for the number of comparisons in the whole run.",
+                 "associationObserved: that of a source with an association of at least "
+                 "--minimum-effect, up or down, whose adjusted p-value is at most 0.1."
+                 "\n\n"
+                 R"(An association is {"signalID", "comparison", "lagDays", "pairedDays", "coverage", )"
+                 R"("referenceDays", "comparisonDays", "standardizedDifference", "confidenceInterval", )"
+                 R"("pValue", "adjustedPValue"}. The comparison is elevatedVsEuthymia, )"
+                 "depressedVsEuthymia, mixedVsEuthymia or psychosisVsEuthymia; the lag is the number of "
+                 "days from the value to the state; the coverage is the paired values as a share of the "
+                 "signal's days, 1 at most. The difference is positive where the values are higher than on "
+                 "euthymic days; its confidence interval is a list of its two ends. The adjusted p-value "
+                 "allows for the number of comparisons in the whole run. What could not be compared is "
+                 R"({"signalID", "comparison", "lagDays", "reason"}, the reason insufficient_samples or )"
+                 "insufficient_variation.",
       .example = R"(echo '{"sources": ["watch"], "observations": [
   {"date":"2024-05-01","sourceID":"watch","signalID":"steps","value":5000},
   {"date":"2024-05-02","sourceID":"watch","signalID":"steps","value":6000},
@@ -92,8 +101,9 @@ void addEvidence(Command& program) {
   addMinimumDays(command, options->days, "The least number of values on either side of a comparison");
   addValueOption(
       command.arguments(), "--minimum-effect", options->effect, numberArgument, "a number",
-      "The least standardized difference, up or down, of an association that counts as observed; by "
-      "default 0.3.")
+      fmt::format("The least standardized difference, up or down, of an association that counts as "
+                  "observed; by default {}.",
+                  SignalEvidenceAnalyzer::usualMinimumEffect))
       ->type_name("X");
   convertJson<Evidence>(
       command, "The sources, the observations and the labels.", [options](const Evidence& input) {
@@ -166,7 +176,10 @@ void addTrend(Command& program) {
                  "\n\n"
                  R"(Prints {"value", "label", "currentValue", "previousValue"}: the change in whole )"
                  R"(percent, "vs previous 30 days", and the two sums or averages. The label is empty and )"
-                 "all else 0 when a period has no value, or the previous sum or average is 0.",
+                 "all else 0 when a period has no value, or the previous sum or average is 0."
+                 "\n\n"
+                 "Without --start the period lasts 30 days of the calendar in the time zone of the run. One "
+                 "in which the clocks go forward is an hour short of 30 whole days, and is called 29 days.",
       .example = R"(echo '[{"date": "2024-04-10T20:00:00Z", "value": 10},
   {"date": "2024-05-12T20:00:00Z", "value": 15}]' |
   kestrel trend --aggregation sum --end 2024-05-31T00:00:00Z)",

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <string_view>
 #include <system_error>
@@ -93,24 +94,22 @@ struct Sums {
   std::int64_t count = 0;
   double values = 0;
   double mean = 0;
-  double deviations = 0;  // from the mean: by how much that was rounded, in all
-  double squares = 0;     // of the deviations
-
-  /// Of this half of a sample and `other`, which have the count of both here, and the mean of both. By T.
-  /// Chan, G. Golub and R. LeVeque, The American Statistician 37, 1983, 242-247: equal values have no spread,
-  /// however large they are.
-  SampleMoments momentsWith(const Sums& other) const {
-    const double rest =
-        (deviations + other.deviations) / static_cast<double>(std::max<std::int64_t>(count, 1));
-    const double spread = squares + other.squares - rest * (deviations + other.deviations);
-    return {.count = count,
-            .mean = mean + rest,
-            .variance = std::max(spread, 0.0) / static_cast<double>(std::max<std::int64_t>(count - 1, 1))};
-  }
+  double squares = 0;  // of the deviations from the mean
 };
 
-/// Every second value is summed up by itself: a sum then waits half as often for itself.
-using SumsOfHalves = std::array<Samples<Sums>, 2>;
+/// The least and the greatest value of a sample.
+struct Extremes {
+  double least = std::numeric_limits<double>::infinity();
+  double greatest = -std::numeric_limits<double>::infinity();
+};
+
+/// Whether all values of a sample may be equal: their mean need not be one of them to the last bits, and then
+/// they seem to have a spread of as little, or one beyond a float where they are huge.
+bool mayBeConstant(const SampleMoments& moments) noexcept {
+  constexpr double lastBits = 0x1p-40;
+  return !(std::sqrt(moments.variance) > std::abs(moments.mean) * lastBits) ||
+         !std::isfinite(moments.variance);
+}
 
 class EvidenceRun {
  public:
@@ -174,38 +173,64 @@ class EvidenceRun {
 
   /// In two passes over the values, each for all lags at once: their means, then the deviations from these.
   Moments momentsOf(const SignalSeries& signal) const {
-    SumsOfHalves sums{};
-    forEachPaired(signal, sums, [](Sums& sum, double value) {
+    std::array<Samples<Sums>, 2>
+        halves{};  // every second value by itself: a sum waits half as often for itself
+    forEachPaired(signal, halves, [](Sums& sum, double value) {
       sum.count += 1;
       sum.values += value;
     });
     forEachSample([&](std::size_t lag, std::size_t group) {
-      Sums& one = sums[0][lag][group];
-      Sums& other = sums[1][lag][group];
+      Sums& one = halves[0][lag][group];
+      Sums& other = halves[1][lag][group];
       one.count += other.count;
       one.mean = (one.values + other.values) / static_cast<double>(std::max<std::int64_t>(one.count, 1));
       other.mean = one.mean;
     });
-    forEachPaired(signal, sums, [](Sums& sum, double value) {
+    forEachPaired(signal, halves, [](Sums& sum, double value) {
       const double deviation = value - sum.mean;
-      sum.deviations += deviation;
       sum.squares += deviation * deviation;
     });
     Moments moments{};
+    bool someMayBeConstant = false;
     forEachSample([&](std::size_t lag, std::size_t group) {
-      moments[lag][group] = sums[0][lag][group].momentsWith(sums[1][lag][group]);
+      const Sums& all = halves[0][lag][group];
+      const double squares = all.squares + halves[1][lag][group].squares;
+      const auto freedom = static_cast<double>(std::max<std::int64_t>(all.count - 1, 1));
+      SampleMoments& sample = moments[lag][group];
+      sample = {.count = all.count, .mean = all.mean, .variance = squares / freedom};
+      someMayBeConstant |= sample.count > 1 && mayBeConstant(sample);
     });
+    if (someMayBeConstant) {
+      setConstants(signal, moments);
+    }
     return moments;
   }
 
-  /// Has each value summed up in the samples that it is paired with, one a lag.
-  template <class Add>
-  void forEachPaired(const SignalSeries& signal, SumsOfHalves& sums, Add add) const {
+  /// Gives samples of equal values that value as their mean, and no variance.
+  void setConstants(const SignalSeries& signal, Moments& moments) const {
+    std::array<Samples<Extremes>, 1> extremes{};
+    forEachPaired(signal, extremes, [](Extremes& sample, double value) {
+      sample.least = std::min(sample.least, value);
+      sample.greatest = std::max(sample.greatest, value);
+    });
+    forEachSample([&](std::size_t lag, std::size_t group) {
+      const auto& [least, greatest] = extremes[0][lag][group];
+      if (least == greatest) {
+        moments[lag][group].mean = least;
+        moments[lag][group].variance = 0;
+      }
+    });
+  }
+
+  /// Has each value added to what the samples that it is paired with, one a lag, are in one of `parts`, which
+  /// take turns.
+  template <class Part, std::size_t count, class Add>
+  void forEachPaired(const SignalSeries& signal, std::array<Samples<Part>, count>& parts, Add add) const {
     for (std::size_t place = 0; place < signal.values.size(); ++place) {
-      Samples<Sums>& half = sums[place % sums.size()];
+      Samples<Part>& part = parts[place % count];
       const GroupsByLag& groups = groups_[placeOf(signal.days[place])];
       [&]<std::size_t... lag>(std::index_sequence<lag...>) {
-        (add(half[lag][groups[lag]], signal.values[place]), ...);
+        (add(part[lag][groups[lag]], signal.values[place]), ...);
       }
       (std::make_index_sequence<lags.size()>());
     }

@@ -131,6 +131,29 @@ TEST(SignalEvidenceAnalyzer, groupsConstantAtTheSameValueAreNoDifferent) {
   }
 }
 
+TEST(SignalEvidenceAnalyzer, groupsConstantAtTheSameValueAreNoDifferentAtAnySizeOfValueOrGroup) {
+  for (const double value : {0.1, 1e6 + 0.1, 1e15 + 0.3, 3e-320, 1.3e153, 1.3e200, -1e300, 1.7e308}) {
+    for (const int size : {2, 3, 5, 7, 10, 11}) {
+      const auto result =
+          analyzedWatch(everySecondDay(std::vector<double>(static_cast<std::size_t>(2 * size + 1), value)),
+                        labelsEverySecondDay({{State::euthymia, size}, {State::mania, size + 1}}));
+      ASSERT_THAT(result.associations, SizeIs(1)) << value << " " << size;
+      EXPECT_EQ(result.associations[0].standardizedDifference, 0) << value << " " << size;
+      EXPECT_EQ(result.associations[0].pValue, 1) << value << " " << size;
+    }
+  }
+}
+
+TEST(SignalEvidenceAnalyzer, groupsOfTheSameNumbersAreNoDifferentInWhateverOrderTheyCome) {
+  const auto labels = labelsEverySecondDay({{State::euthymia, 5}, {State::mania, 5}});
+  const auto result =
+      analyzedWatch(everySecondDay({546, 1081, 2061, 6649, 9522, 546, 9522, 1081, 6649, 2061}), labels);
+  ASSERT_THAT(result.associations, SizeIs(1));
+  EXPECT_EQ(result.associations[0].standardizedDifference, 0);
+  EXPECT_FALSE(std::signbit(result.associations[0].standardizedDifference));
+  EXPECT_EQ(result.associations[0].pValue, 1);
+}
+
 TEST(SignalEvidenceAnalyzer, groupsConstantAtDifferentValuesAreUnevaluated) {
   const auto labels = labelsEverySecondDay({{State::euthymia, 3}, {State::psychosis, 3}});
   const auto result = analyzedWatch(everySecondDay({7, 7, 7, 8, 8, 8}), labels);
