@@ -1,6 +1,7 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
 #include <kestrel/CircadianCommands.h>
+#include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/MoodStateCommands.h>
 #include <kestrel/NoteCommands.h>
@@ -40,5 +41,6 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
+  addFormatCommands(program);
   return program.run(argc, argv);
 }
