@@ -1,5 +1,6 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
+#include <kestrel/CheckCommand.h>
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
@@ -42,5 +43,6 @@ int main(int argc, char** argv) {
   addSignalCommands(program);
   addNoteCommands(program);
   addFormatCommands(program);
+  addCheckCommand(program);
   return program.run(argc, argv);
 }
