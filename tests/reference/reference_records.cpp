@@ -8,6 +8,7 @@
 #include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/model/JSONCoders.h>
 #include <support/RandomAggregates.h>
+#include <support/RandomSnapshots.h>
 
 #include <rapidcheck.h>
 
@@ -56,12 +57,21 @@ constexpr Kind kindOf(std::string_view name) {
 
 // A kind a row, in the order of the table in docs/reference/README.md.
 constexpr Kind kinds[] = {
+    kindOf<DailyMetrics>("daily-metrics"),
+    kindOf<Baseline>("baseline"),
+    kindOf<StateClassification>("classification"),
+    kindOf<Prediction>("prediction"),
+    kindOf<SleepSession>("sleep-session"),
+    kindOf<CircadianFeatures>("circadian-features"),
     kindOf<AggregateBatchV2>("aggregate-batch"),
     kindOf<AggregateBatchV2Response>("aggregate-response"),
     kindOf<AggregateSourceDeleteResponse>("source-delete-response"),
     kindOf<SyncRequest>("sync-request"),
     kindOf<SyncResponse>("sync-response"),
+    kindOf<DashboardSnapshot>("dashboard-snapshot"),
     kindOf<SignalProcessingContract>("contract"),
+    kindOf<SelfReportData>("self-report"),
+    kindOf<SnapshotSelfReportList>("snapshot-self-reports"),
 };
 
 int run(const Kind& kind, std::string_view what, int count) {

@@ -37,7 +37,8 @@ inline rc::Gen<HrvInput> anyHrv() {
 inline rc::Gen<JsonText> anyJson() {
   return rc::gen::map(
       rc::gen::element<std::string>("[]", "{}", "0.10", "1e400", "true", "\"a b\"", "\"\\u00e9\\\"\"",
-                                    R"({"b":[1,2],"a":null,"b":{}})", R"([{"date":"2024-05-01","value":-0}])"),
+                                    R"({"b":[1,2],"a":null,"b":{}})",
+                                    R"([{"date":"2024-05-01","value":-0}])"),
       [](const std::string& json) { return JSONCoders::decoder.decode<JsonText>(json).value(); });
 }
 
@@ -56,9 +57,17 @@ struct Arbitrary<kestrel::DailyMetrics> {
   static Gen<kestrel::DailyMetrics> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::DailyMetrics;
-    return gen::build<R>(gen::set(&R::date, anyText()), gen::set(&R::sleep_hours, anyFloat()),
-                         gen::set(&R::posts), gen::set(&R::sentiment, anyFloat()), gen::set(&R::steps),
-                         gen::set(&R::sentiment_stdev, orNone(anyFloat())), gen::set(&R::avg_hrv, anyHrv()));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.sleep_hours = *anyFloat();
+      record.posts = *anyInteger();
+      record.sentiment = *anyFloat();
+      record.steps = *anyInteger();
+      record.sentiment_stdev = *orNone(anyFloat());
+      record.avg_hrv = *anyHrv();
+      return record;
+    });
   }
 };
 
@@ -67,8 +76,13 @@ struct Arbitrary<kestrel::Baseline> {
   static Gen<kestrel::Baseline> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::Baseline;
-    return gen::build<R>(gen::set(&R::avgSleep, anyFloat()), gen::set(&R::avgPosts, anyFloat()),
-                         gen::set(&R::avgSentiment, anyFloat()));
+    return gen::exec([] {
+      R record;
+      record.avgSleep = *anyFloat();
+      record.avgPosts = *anyFloat();
+      record.avgSentiment = *anyFloat();
+      return record;
+    });
   }
 };
 
@@ -77,14 +91,19 @@ struct Arbitrary<kestrel::StateClassification> {
   static Gen<kestrel::StateClassification> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::StateClassification;
-    return gen::build<R>(
-        gen::set(&R::date, anyText()), gen::set(&R::predictedState, anyCase<kestrel::KestrelState>()),
-        gen::set(&R::confidence, anyFloat()), gen::set(&R::reasons, listOf(anyText())),
-        gen::set(&R::source, anyCase<kestrel::ClassificationSource>()),
-        gen::set(&R::isConfirmed, orNone(gen::arbitrary<bool>())),
-        gen::set(&R::selfReportConfidence, orNone(anyFloat())),
-        gen::set(&R::selfReportNotes, orNone(anyText())),
-        gen::set(&R::isValidated, orNone(gen::arbitrary<bool>())));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.predictedState = *anyCase<kestrel::KestrelState>();
+      record.confidence = *anyFloat();
+      record.reasons = *listOf(anyText());
+      record.source = *anyCase<kestrel::ClassificationSource>();
+      record.isConfirmed = *orNone(gen::arbitrary<bool>());
+      record.selfReportConfidence = *orNone(anyFloat());
+      record.selfReportNotes = *orNone(anyText());
+      record.isValidated = *orNone(gen::arbitrary<bool>());
+      return record;
+    });
   }
 };
 
@@ -93,9 +112,13 @@ struct Arbitrary<kestrel::Prediction> {
   static Gen<kestrel::Prediction> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::Prediction;
-    return gen::build<R>(gen::set(&R::date, anyText()),
-                         gen::set(&R::predictedState, anyCase<kestrel::KestrelState>()),
-                         gen::set(&R::probability, anyFloat()));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.predictedState = *anyCase<kestrel::KestrelState>();
+      record.probability = *anyFloat();
+      return record;
+    });
   }
 };
 
@@ -104,8 +127,13 @@ struct Arbitrary<kestrel::SleepSession> {
   static Gen<kestrel::SleepSession> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::SleepSession;
-    return gen::build<R>(gen::set(&R::date, anyText()), gen::set(&R::midSleepMinutes, anyFloat()),
-                         gen::set(&R::asleepMinutes, anyFloat()));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.midSleepMinutes = *anyFloat();
+      record.asleepMinutes = *anyFloat();
+      return record;
+    });
   }
 };
 
@@ -114,9 +142,15 @@ struct Arbitrary<kestrel::ActivityRhythm> {
   static Gen<kestrel::ActivityRhythm> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::ActivityRhythm;
-    return gen::build<R>(gen::set(&R::m10OnsetHour, anyFloat()), gen::set(&R::m10, anyFloat()),
-                         gen::set(&R::l5, anyFloat()), gen::set(&R::mesor, anyFloat()),
-                         gen::set(&R::relativeAmplitude, anyFloat()));
+    return gen::exec([] {
+      R record;
+      record.m10OnsetHour = *anyFloat();
+      record.m10 = *anyFloat();
+      record.l5 = *anyFloat();
+      record.mesor = *anyFloat();
+      record.relativeAmplitude = *anyFloat();
+      return record;
+    });
   }
 };
 
@@ -125,13 +159,19 @@ struct Arbitrary<kestrel::CircadianFeatures> {
   static Gen<kestrel::CircadianFeatures> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::CircadianFeatures;
-    return gen::build<R>(gen::set(&R::date, anyText()), gen::set(&R::phaseDeviationHours, orNone(anyFloat())),
-                         gen::set(&R::sleepRegularitySDMinutes, orNone(anyFloat())),
-                         gen::set(&R::durationSDMinutes, orNone(anyFloat())),
-                         gen::set(&R::activity, orNone(gen::arbitrary<kestrel::ActivityRhythm>())),
-                         gen::set(&R::stepVariabilityCV, orNone(anyFloat())),
-                         gen::set(&R::restingHRDeviationBpm, orNone(anyFloat())),
-                         gen::set(&R::coverageNights, anyFloat()), gen::set(&R::daysObserved));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.phaseDeviationHours = *orNone(anyFloat());
+      record.sleepRegularitySDMinutes = *orNone(anyFloat());
+      record.durationSDMinutes = *orNone(anyFloat());
+      record.activity = *orNone(gen::arbitrary<kestrel::ActivityRhythm>());
+      record.stepVariabilityCV = *orNone(anyFloat());
+      record.restingHRDeviationBpm = *orNone(anyFloat());
+      record.coverageNights = *anyFloat();
+      record.daysObserved = *anyInteger();
+      return record;
+    });
   }
 };
 
@@ -140,10 +180,15 @@ struct Arbitrary<kestrel::SelfReportData> {
   static Gen<kestrel::SelfReportData> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::SelfReportData;
-    return gen::build<R>(gen::set(&R::state, anyCase<kestrel::KestrelState>()), gen::set(&R::confidence),
-                         gen::set(&R::notes, orNone(anyText())),
-                         gen::set(&R::source, anyCase<kestrel::SelfReportSource>()),
-                         gen::set(&R::keyword, orNone(anyText())));
+    return gen::exec([] {
+      R record;
+      record.state = *anyCase<kestrel::KestrelState>();
+      record.confidence = *anyInteger();
+      record.notes = *orNone(anyText());
+      record.source = *anyCase<kestrel::SelfReportSource>();
+      record.keyword = *orNone(anyText());
+      return record;
+    });
   }
 };
 
@@ -152,10 +197,16 @@ struct Arbitrary<kestrel::SnapshotSelfReport> {
   static Gen<kestrel::SnapshotSelfReport> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::SnapshotSelfReport;
-    return gen::build<R>(gen::set(&R::date, anyText()), gen::set(&R::state, anyText()),
-                         gen::set(&R::confidence, orNone(anyInteger())),
-                         gen::set(&R::source, orNone(anyText())), gen::set(&R::notes, orNone(anyText())),
-                         gen::set(&R::observedAt, orNone(anyInstant())));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.state = *anyText();
+      record.confidence = *orNone(anyInteger());
+      record.source = *orNone(anyText());
+      record.notes = *orNone(anyText());
+      record.observedAt = *orNone(anyInstant());
+      return record;
+    });
   }
 };
 
@@ -164,7 +215,11 @@ struct Arbitrary<kestrel::SnapshotSelfReportList> {
   static Gen<kestrel::SnapshotSelfReportList> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::SnapshotSelfReportList;
-    return gen::build<R>(gen::set(&R::reports, listOf(gen::arbitrary<kestrel::SnapshotSelfReport>())));
+    return gen::exec([] {
+      R record;
+      record.reports = *listOf(gen::arbitrary<kestrel::SnapshotSelfReport>());
+      return record;
+    });
   }
 };
 
@@ -173,16 +228,26 @@ struct Arbitrary<kestrel::VizDay> {
   static Gen<kestrel::VizDay> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::VizDay;
-    return gen::build<R>(
-        gen::set(&R::date, anyText()), gen::set(&R::posts, orNone(anyInteger())),
-        gen::set(&R::avgSentiment, orNone(anyFloat())), gen::set(&R::sentimentStdev, orNone(anyFloat())),
-        gen::set(&R::replyCount, orNone(anyInteger())), gen::set(&R::quoteCount, orNone(anyInteger())),
-        gen::set(&R::repostCount, orNone(anyInteger())), gen::set(&R::likeCount, orNone(anyInteger())),
-        gen::set(&R::followCount, orNone(anyInteger())), gen::set(&R::mentionCount, orNone(anyInteger())),
-        gen::set(&R::linkCount, orNone(anyInteger())), gen::set(&R::hashtagCount, orNone(anyInteger())),
-        gen::set(&R::avgPostLength, orNone(anyFloat())), gen::set(&R::absolutistRate, orNone(anyFloat())),
-        gen::set(&R::lateNightPosts, orNone(anyInteger())),
-        gen::set(&R::postsByHour, orNone(listOf(anyInteger()))));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.posts = *orNone(anyInteger());
+      record.avgSentiment = *orNone(anyFloat());
+      record.sentimentStdev = *orNone(anyFloat());
+      record.replyCount = *orNone(anyInteger());
+      record.quoteCount = *orNone(anyInteger());
+      record.repostCount = *orNone(anyInteger());
+      record.likeCount = *orNone(anyInteger());
+      record.followCount = *orNone(anyInteger());
+      record.mentionCount = *orNone(anyInteger());
+      record.linkCount = *orNone(anyInteger());
+      record.hashtagCount = *orNone(anyInteger());
+      record.avgPostLength = *orNone(anyFloat());
+      record.absolutistRate = *orNone(anyFloat());
+      record.lateNightPosts = *orNone(anyInteger());
+      record.postsByHour = *orNone(listOf(anyInteger()));
+      return record;
+    });
   }
 };
 
@@ -191,9 +256,13 @@ struct Arbitrary<kestrel::VizSummary> {
   static Gen<kestrel::VizSummary> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::VizSummary;
-    return gen::build<R>(gen::set(&R::totalPosts, orNone(anyInteger())),
-                         gen::set(&R::totalDays, orNone(anyInteger())),
-                         gen::set(&R::avgSentiment, orNone(anyFloat())));
+    return gen::exec([] {
+      R record;
+      record.totalPosts = *orNone(anyInteger());
+      record.totalDays = *orNone(anyInteger());
+      record.avgSentiment = *orNone(anyFloat());
+      return record;
+    });
   }
 };
 
@@ -202,12 +271,19 @@ struct Arbitrary<kestrel::HealthDay> {
   static Gen<kestrel::HealthDay> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::HealthDay;
-    return gen::build<R>(
-        gen::set(&R::date, anyText()), gen::set(&R::steps, orNone(anyInteger())),
-        gen::set(&R::sleepHours, orNone(anyFloat())), gen::set(&R::avgHrv, orNone(anyFloat())),
-        gen::set(&R::hrvAvg, orNone(anyFloat())), gen::set(&R::avgHeartRate, orNone(anyFloat())),
-        gen::set(&R::heartRateAvg, orNone(anyFloat())), gen::set(&R::spo2Avg, orNone(anyFloat())),
-        gen::set(&R::source, orNone(anyText())));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.steps = *orNone(anyInteger());
+      record.sleepHours = *orNone(anyFloat());
+      record.avgHrv = *orNone(anyFloat());
+      record.hrvAvg = *orNone(anyFloat());
+      record.avgHeartRate = *orNone(anyFloat());
+      record.heartRateAvg = *orNone(anyFloat());
+      record.spo2Avg = *orNone(anyFloat());
+      record.source = *orNone(anyText());
+      return record;
+    });
   }
 };
 
@@ -216,14 +292,41 @@ struct Arbitrary<kestrel::OnDeviceAggregate> {
   static Gen<kestrel::OnDeviceAggregate> arbitrary() {
     using namespace kestrel::testing;
     using R = kestrel::OnDeviceAggregate;
-    return gen::build<R>(
-        gen::set(&R::date, anyText()), gen::set(&R::dataType, anyText()), gen::set(&R::value, anyFloat()),
-        gen::set(&R::unit, anyText()), gen::set(&R::sourceType, anyText()),
-        gen::set(&R::sourceInstanceKey, anyText()), gen::set(&R::capturedAt, orNone(anyText())),
-        gen::set(&R::displayName, orNone(anyText())), gen::set(&R::lastSuccessfulAt, orNone(anyText())),
-        gen::set(&R::freshnessDeadline, orNone(anyText())),
-        gen::set(&R::stale, orNone(gen::arbitrary<bool>())),
-        gen::set(&R::classifierStatus, orNone(anyText())));
+    return gen::exec([] {
+      R record;
+      record.date = *anyText();
+      record.dataType = *anyText();
+      record.value = *anyFloat();
+      record.unit = *anyText();
+      record.sourceType = *anyText();
+      record.sourceInstanceKey = *anyText();
+      record.capturedAt = *orNone(anyText());
+      record.displayName = *orNone(anyText());
+      record.lastSuccessfulAt = *orNone(anyText());
+      record.freshnessDeadline = *orNone(anyText());
+      record.stale = *orNone(gen::arbitrary<bool>());
+      record.classifierStatus = *orNone(anyText());
+      return record;
+    });
+  }
+};
+
+template <>
+struct Arbitrary<kestrel::CorrelationSummary> {
+  static Gen<kestrel::CorrelationSummary> arbitrary() {
+    using namespace kestrel::testing;
+    return gen::exec([] {
+      kestrel::CorrelationCoefficients coefficients;
+      coefficients.postsVsSleep = *orNone(anyFloat());
+      coefficients.sentimentVsSleep = *orNone(anyFloat());
+      coefficients.stepsVsPosts = *orNone(anyFloat());
+      coefficients.stepsVsSentiment = *orNone(anyFloat());
+      kestrel::CorrelationSummary record;
+      record.totalOverlappingDays = *orNone(anyInteger());
+      record.highRiskDays = *orNone(anyInteger());
+      record.correlations = *orNone(gen::just(coefficients));
+      return record;
+    });
   }
 };
 
@@ -232,31 +335,29 @@ struct Arbitrary<kestrel::DashboardSnapshot> {
   static Gen<kestrel::DashboardSnapshot> arbitrary() {
     using namespace kestrel;
     using namespace kestrel::testing;
-    const auto viz = gen::build<VizTier>(gen::set(&VizTier::summary, orNone(gen::arbitrary<VizSummary>())),
-                                         gen::set(&VizTier::dailyRaw, orNone(lossy<VizDay>())));
-    const auto communication =
-        gen::build<CommunicationTier>(gen::set(&CommunicationTier::dailySentiment, orNone(anyJson())),
-                                      gen::set(&CommunicationTier::dailyAbsolutist, orNone(anyJson())));
-    const auto essential =
-        gen::build<EssentialTier>(gen::set(&EssentialTier::viz, orNone(viz)),
-                                  gen::set(&EssentialTier::communication, orNone(communication)));
-    const auto health = gen::build<HealthTier>(
-        gen::set(&HealthTier::healthRaw, orNone(lossy<HealthDay>())),
-        gen::set(&HealthTier::onDeviceAggregatesRaw, orNone(lossy<OnDeviceAggregate>())));
-    using C = CorrelationCoefficients;
-    const auto coefficients = gen::build<C>(
-        gen::set(&C::postsVsSleep, orNone(anyFloat())), gen::set(&C::sentimentVsSleep, orNone(anyFloat())),
-        gen::set(&C::stepsVsPosts, orNone(anyFloat())), gen::set(&C::stepsVsSentiment, orNone(anyFloat())));
-    using S = CorrelationSummary;
-    const auto summary = gen::build<S>(gen::set(&S::totalOverlappingDays, orNone(anyInteger())),
-                                       gen::set(&S::highRiskDays, orNone(anyInteger())),
-                                       gen::set(&S::correlations, orNone(coefficients)));
-    const auto correlation =
-        gen::build<CorrelationTier>(gen::set(&CorrelationTier::summary, orNone(summary)));
-    const auto optional = gen::build<OptionalTier>(gen::set(&OptionalTier::correlation, orNone(correlation)));
-    return gen::build<DashboardSnapshot>(gen::set(&DashboardSnapshot::essential, orNone(essential)),
-                                         gen::set(&DashboardSnapshot::health, orNone(health)),
-                                         gen::set(&DashboardSnapshot::optional, orNone(optional)));
+    return gen::exec([] {
+      VizTier viz;
+      viz.summary = *orNone(gen::arbitrary<VizSummary>());
+      viz.dailyRaw = *orNone(lossy<VizDay>());
+      CommunicationTier communication;
+      communication.dailySentiment = *orNone(anyJson());
+      communication.dailyAbsolutist = *orNone(anyJson());
+      EssentialTier essential;
+      essential.viz = *orNone(gen::just(viz));
+      essential.communication = *orNone(gen::just(communication));
+      HealthTier health;
+      health.healthRaw = *orNone(lossy<HealthDay>());
+      health.onDeviceAggregatesRaw = *orNone(lossy<OnDeviceAggregate>());
+      CorrelationTier correlation;
+      correlation.summary = *orNone(gen::arbitrary<CorrelationSummary>());
+      OptionalTier optional;
+      optional.correlation = *orNone(gen::just(correlation));
+      DashboardSnapshot record;
+      record.essential = *orNone(gen::just(essential));
+      record.health = *orNone(gen::just(health));
+      record.optional = *orNone(gen::just(optional));
+      return record;
+    });
   }
 };
 
