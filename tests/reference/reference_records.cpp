@@ -84,9 +84,9 @@ int run(const Kind& kind, std::string_view what, int count) {
       std::cout << kind.judged(line) << '\n';
     }
   } else {
-    constexpr int largestSize = 40;  // a list of some dozen elements; at 0 it is empty
+    constexpr int largestSize = rc::kNominalSize;  // at 0 lists are empty and numbers small
     for (int number = 0; number < count; ++number) {
-      std::cout << kind.random(static_cast<std::uint64_t>(number), number % largestSize) << '\n';
+      std::cout << kind.random(static_cast<std::uint64_t>(number), number % (largestSize + 1)) << '\n';
     }
   }
   return 0;
