@@ -102,8 +102,9 @@ void addCheckCommand(Command& program) {
                  names + ".",
       .example = R"(echo '{"essential": {"viz": {"daily": [
   {"date": "2024-05-01", "posts": 3}, {"posts": 4}]}}}' |
-  kestrel check dashboard-snapshot 2> lost.txt)",
-      .exampleDoes = "Prints a snapshot with one day. In lost.txt stands that the other one lacks its date.",
+  kestrel check dashboard-snapshot 2>/dev/null)",
+      .exampleDoes = "Prints a snapshot with one day. Without 2>/dev/null it says, too, that the other one "
+                     "lacks its date.",
   });
   const auto kind = std::make_shared<std::optional<Kind>>();
   addValueOption(command.arguments(), "KIND", *kind, kindNamed, "one of " + names,

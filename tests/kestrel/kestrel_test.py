@@ -16,7 +16,8 @@ from kestrel_test_case import KESTREL, KestrelTestCase, run
 CALLS = [["states"], ["state"], ["baseline"], ["classify"], ["predict"], ["shadow"], ["sleep"], ["circadian", "features"],
          ["circadian", "classify"], ["evidence"], ["pairs"],
          ["trend"], ["note"], ["social"],
-         ["identity"], ["contract"]]
+         ["identity"], ["contract"],
+         ["check"]]
 # A call of each command that reads a document, with one that it takes.
 READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "--each"], '{"days":[]}'),
            (["predict", "--days", "1"], "[]"), (["shadow"], "[]"), (["sleep", "--gap", "30"], "[]"),
@@ -26,7 +27,8 @@ READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "-
            (["circadian", "classify"], '{"features":{"date":"","coverageNights":0,"daysObserved":0}}'),
            (["evidence"], '{"sources":[],"observations":[],"labels":[]}'), (["pairs"], '{"observations":[]}'),
            (["trend", "--aggregation", "sum"], "[]"), (["note"], ""), (["social"], "[]"),
-           (["identity"], "[]")]
+           (["identity"], "[]"),
+           (["check", "baseline"], '{"avgSleep":7,"avgPosts":10,"avgSentiment":0}')]
 DAYS = [{"date": f"2024-05-{number:02}", "sleep_hours": 7.25, "posts": 9, "sentiment": 0.1, "steps": 5000}
         for number in range(1, 29)]
 
@@ -57,6 +59,7 @@ EXAMPLES = {
     # printf '2024-05-01|photo_count_daily|4028000000000000|count' | sha256sum
     "identity": '["daily:2024-05-01:photo_count_daily:0d22a019f6088d80f964eb3e833f22209c7cd034054b6b8ae3f2efcdf4207332"]',
     "contract": "[]",
+    "check": '{"essential":{"viz":{"daily":[{"date":"2024-05-01","posts":3}]}}}',
 }
 
 
@@ -82,7 +85,8 @@ class Kestrel(KestrelTestCase):
     def test_an_unknown_command_is_answered_with_the_known_ones(self):
         known = "states, state, baseline, classify, predict, shadow, sleep, circadian, evidence, pairs, " \
                 "trend, note, social, " \
-                "identity, contract"
+                "identity, contract, " \
+                "check"
         for name, meant in (("stat", "state"), ("state's", "states"), ("contrast", "contract")):
             self.assert_refused(run(name), 2,
                                 f'"{name}" is not one of {known}; did you mean {meant}? (see kestrel --help)')
@@ -375,7 +379,8 @@ class Kestrel(KestrelTestCase):
                               (["pairs"], ["[FILE]", "[--minimum-days N]"]),
                               (["trend"], ["[FILE]", "--aggregation HOW", "[--start T]", "[--end T]"]),
                               (["note"], ["[FILE]", "[--lines]"]), (["social"], ["[FILE]"]),
-                              (["identity"], ["[FILE]"]), (["contract"], ["[FILE]"])):
+                              (["identity"], ["[FILE]"]), (["contract"], ["[FILE]"]),
+                              (["check"], ["KIND", "[FILE]"])):
             usage = " ".join(self.output(*call, "--help").split("\n\n")[0].split())
             self.assertEqual(usage, " ".join(["Usage: kestrel", *call, *entries, "[--timezone ID] [--pretty] [--help] "
                                               "[--version]"]))
