@@ -1,4 +1,4 @@
-#include "StandardStreams.h"
+#include <command-line/StandardStreams.h>
 
 #include <KestrelKit/foundation/QuotedText.h>
 #include <fcntl.h>

@@ -1,6 +1,8 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
+#include <kestrel/CheckCommand.h>
 #include <kestrel/CircadianCommands.h>
+#include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/MoodStateCommands.h>
 #include <kestrel/NoteCommands.h>
@@ -40,5 +42,7 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
+  addFormatCommands(program);
+  addCheckCommand(program);
   return program.run(argc, argv);
 }

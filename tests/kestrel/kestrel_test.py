@@ -15,7 +15,9 @@ from kestrel_test_case import KESTREL, KestrelTestCase, run
 
 CALLS = [["states"], ["state"], ["baseline"], ["classify"], ["predict"], ["shadow"], ["sleep"], ["circadian", "features"],
          ["circadian", "classify"], ["evidence"], ["pairs"],
-         ["trend"], ["note"], ["social"]]
+         ["trend"], ["note"], ["social"],
+         ["identity"], ["contract"],
+         ["check"]]
 # A call of each command that reads a document, with one that it takes.
 READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "--each"], '{"days":[]}'),
            (["predict", "--days", "1"], "[]"), (["shadow"], "[]"), (["sleep", "--gap", "30"], "[]"),
@@ -24,7 +26,9 @@ READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "-
                                        '"expectedNights":0}'),
            (["circadian", "classify"], '{"features":{"date":"","coverageNights":0,"daysObserved":0}}'),
            (["evidence"], '{"sources":[],"observations":[],"labels":[]}'), (["pairs"], '{"observations":[]}'),
-           (["trend", "--aggregation", "sum"], "[]"), (["note"], ""), (["social"], "[]")]
+           (["trend", "--aggregation", "sum"], "[]"), (["note"], ""), (["social"], "[]"),
+           (["identity"], "[]"),
+           (["check", "baseline"], '{"avgSleep":7,"avgPosts":10,"avgSentiment":0}')]
 DAYS = [{"date": f"2024-05-{number:02}", "sleep_hours": 7.25, "posts": 9, "sentiment": 0.1, "steps": 5000}
         for number in range(1, 29)]
 
@@ -52,6 +56,10 @@ EXAMPLES = {
               '],"interactions":[{"date":"2024-05-01","replies":0,"quotes":0,"reposts":0},{"date":"2024-05-02",'
               '"replies":0,"quotes":0,"reposts":0}],"absolutism":[{"date":"2024-05-01","absolutismPct":4},'
               '{"date":"2024-05-02","absolutismPct":8}]}',
+    # printf '2024-05-01|photo_count_daily|4028000000000000|count' | sha256sum
+    "identity": '["daily:2024-05-01:photo_count_daily:0d22a019f6088d80f964eb3e833f22209c7cd034054b6b8ae3f2efcdf4207332"]',
+    "contract": "[]",
+    "check": '{"essential":{"viz":{"daily":[{"date":"2024-05-01","posts":3}]}}}',
 }
 
 
@@ -76,8 +84,13 @@ class Kestrel(KestrelTestCase):
 
     def test_an_unknown_command_is_answered_with_the_known_ones(self):
         known = "states, state, baseline, classify, predict, shadow, sleep, circadian, evidence, pairs, " \
-                "trend, note, social"
-        for name in ("state's", "STATES", "stat", "features", "", "-", "input.json"):
+                "trend, note, social, " \
+                "identity, contract, " \
+                "check"
+        for name, meant in (("stat", "state"), ("state's", "states"), ("contrast", "contract")):
+            self.assert_refused(run(name), 2,
+                                f'"{name}" is not one of {known}; did you mean {meant}? (see kestrel --help)')
+        for name in ("STATES", "features", "", "-", "input.json"):
             self.assert_refused(run(name), 2, f'"{name}" is not one of {known} (see kestrel --help)')
         self.assert_refused(run("a\nb\x1b"), 2, f'"a\\u000Ab\\u001B" is not one of {known} (see kestrel --help)')
         self.assert_refused(run("circadian", "states"), 2,
@@ -365,7 +378,9 @@ class Kestrel(KestrelTestCase):
                               (["evidence"], ["[FILE]", "[--minimum-days N]", "[--minimum-effect X]"]),
                               (["pairs"], ["[FILE]", "[--minimum-days N]"]),
                               (["trend"], ["[FILE]", "--aggregation HOW", "[--start T]", "[--end T]"]),
-                              (["note"], ["[FILE]", "[--lines]"]), (["social"], ["[FILE]"])):
+                              (["note"], ["[FILE]", "[--lines]"]), (["social"], ["[FILE]"]),
+                              (["identity"], ["[FILE]"]), (["contract"], ["[FILE]"]),
+                              (["check"], ["KIND", "[FILE]"])):
             usage = " ".join(self.output(*call, "--help").split("\n\n")[0].split())
             self.assertEqual(usage, " ".join(["Usage: kestrel", *call, *entries, "[--timezone ID] [--pretty] [--help] "
                                               "[--version]"]))
