@@ -25,7 +25,8 @@ const std::string everyField =
     R"(2024-05-01","posts":7,"sentiment":0.5,"sentiment_stdev":0.125,"reply_count":1,"quote_count":2,)"
     R"("repost_count":3,"like_count":4,"follow_count":5,"mention_count":6,"link_count":8,"hashtag_count":9,)"
     R"("avg_post_length":81.5,"absolutist_rate":0.03,"late_night_posts":10,"posts_by_hour":[0,7]}]},)"
-    R"("communication":{"daily_sentiment":[{"date":"2024-05-01","value":0.50}],"daily_absolutist":{"a":1e400}}},)"
+    R"("communication":{"daily_sentiment":[{"date":"2024-05-01","value":0.50}],)"
+    R"("daily_absolutist":{"a":1e400}}},)"
     R"("health":{"health":[{"date":"2024-05-01","steps":4000,"sleep_hours":7.5,"avg_hrv":41,"hrv_avg":42.5,)"
     R"("avg_heart_rate":61,"heart_rate_avg":62,"spo2_avg":0.97,"source":"watch"}],"onDeviceAggregates":[)"
     R"({"date":"2024-05-01","dataType":"photo_count_daily","value":3,"unit":"count",)"
@@ -272,7 +273,9 @@ const RecordForm tiers[] = {
     {"optional.correlation.summary.",
      R"({"optional":{"correlation":{"summary":)",
      "}}}",
-     {{"total_overlapping_days", "an integer"}, {"high_risk_days", "an integer"}, {"correlations", "an object"}}},
+     {{"total_overlapping_days", "an integer"},
+      {"high_risk_days", "an integer"},
+      {"correlations", "an object"}}},
     {"optional.correlation.summary.correlations.",
      R"({"optional":{"correlation":{"summary":{"correlations":)",
      "}}}}",
@@ -331,7 +334,8 @@ TEST(DashboardSnapshot, namesTheHourThatIsWrong) {
   EXPECT_TRUE(daysOf(R"([{"date":"a","posts_by_hour":[1,2.5]},{"date":"b","posts_by_hour":[1,[]]}])", &dropped)
                   .empty());
   EXPECT_EQ(dropped, (Dropped{{"essential.viz.daily[0].posts_by_hour[1]", "2.5 is not an integer of 64 bits"},
-                              {"essential.viz.daily[1].posts_by_hour[1]", "expected an integer, found a list"}}));
+                              {"essential.viz.daily[1].posts_by_hour[1]",
+                               "expected an integer, found a list"}}));
 }
 
 TEST(DashboardSnapshot, isRefusedForASyntaxErrorAnywhere) {
@@ -375,7 +379,8 @@ TEST(CommunicationTier, keepsTheJsonThatItCameWith) {
   for (const auto& [json, kept] : rows) {
     for (const std::string_view key : {"daily_sentiment", "daily_absolutist"}) {
       const auto document = [&](std::string_view value) {
-        return std::string(R"({"essential":{"communication":{")").append(key).append("\":").append(value) + "}}}";
+        return std::string(R"({"essential":{"communication":{")").append(key).append("\":").append(value) +
+               "}}}";
       };
       EXPECT_EQ(JSONCoders::encoder.encode(decoded(document(json))), document(kept));
     }
