@@ -20,8 +20,9 @@ class AppGroupContainer {
 
   const std::filesystem::path& folder() const noexcept { return folder_; }
 
-  /// Makes the folder where it is missing, to be done before the first file is written into it. It and what is
-  /// missing above it get the mode 0700. Fails with the system's reason; any thread, any number of processes.
+  /// Makes the folder where it is missing, to be done before the first file is written into it. It and what
+  /// is missing above it get the mode 0700. Fails with the system's reason; any thread, any number of
+  /// processes.
   [[nodiscard]] std::error_code create() const;
 
  private:
