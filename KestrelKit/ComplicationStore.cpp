@@ -5,6 +5,7 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace kestrel {
 namespace {
@@ -24,9 +25,13 @@ KestrelState ComplicationStore::latestState() const {
 }
 
 void ComplicationStore::setLatestState(KestrelState state) const {
-  const SharedDefaults::Change changes[] = {{key, std::string(state.rawValue())}};
+  const SharedDefaults::Change changes[] = {latestStateAs(state)};
   defaults->write(changes);
   WidgetTimelines::reloadAll();
+}
+
+SharedDefaults::Change ComplicationStore::latestStateAs(KestrelState state) const {
+  return {key, std::string(state.rawValue())};
 }
 
 std::optional<WatchStateSnapshot> ComplicationStore::phoneSnapshot() const {
@@ -51,11 +56,14 @@ bool ComplicationStore::storePhoneSnapshot(const WatchStateSnapshot& snapshot, I
   if (!json) {
     return false;
   }
-  const SharedDefaults::Change changes[] = {{phoneSnapshotKey, Data{*std::move(json)}},
-                                            {phoneSnapshotReceivedAtKey, receivedAt}};
+  std::vector<SharedDefaults::Change> changes = {{phoneSnapshotKey, Data{*std::move(json)}},
+                                                 {phoneSnapshotReceivedAtKey, receivedAt}};
+  if (latestState == LatestState::isUpdated) {
+    changes.push_back(latestStateAs(KestrelState::fromStoredValue(snapshot.stateRaw)));
+  }
   defaults->write(changes);
   if (latestState == LatestState::isUpdated) {
-    setLatestState(KestrelState::fromStoredValue(snapshot.stateRaw));
+    WidgetTimelines::reloadAll();
   }
   return true;
 }

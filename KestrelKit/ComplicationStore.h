@@ -49,6 +49,9 @@ class ComplicationStore {
   /// stored: what arrived last stands.
   bool storePhoneSnapshot(const WatchStateSnapshot& snapshot, Instant receivedAt,
                           LatestState latestState) const;
+
+ private:
+  SharedDefaults::Change latestStateAs(KestrelState state) const;
 };
 
 }  // namespace kestrel

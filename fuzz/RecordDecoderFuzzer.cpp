@@ -1,6 +1,9 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
 // decoder takes it gives back.
 
+#include <KestrelKit/WatchConnectionEvidence.h>
+#include <KestrelKit/WatchStateAcknowledgement.h>
+#include <KestrelKit/WatchStateSnapshot.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/CircadianObservations.h>
 #include <KestrelKit/circadian/SleepInterval.h>
@@ -51,6 +54,9 @@ constexpr Row rows[] = {
     {'r', check<std::map<std::string, SelfReportData>>},
     {'s', check<std::vector<ShadowDay>>},
     {'t', check<ShadowSummary>},
+    {'E', check<WatchConnectionEvidence>},
+    {'R', check<WatchStateAcknowledgement>},
+    {'W', check<WatchStateSnapshot>},
 };
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <kestrel/MoodStateCommands.h>
 #include <kestrel/NoteCommands.h>
 #include <kestrel/SignalCommands.h>
+#include <kestrel/StoreCommands.h>
 
 #include <string>
 
@@ -40,5 +41,6 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
+  addStoreCommands(program);
   return program.run(argc, argv);
 }

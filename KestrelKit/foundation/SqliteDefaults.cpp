@@ -313,7 +313,6 @@ std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::create() const {
 
 std::optional<PropertyValue> SqliteDefaults::value(std::string_view key) const {
   const std::lock_guard locked(mutex_);
-  readFailure_.reset();
   const auto connected = connect();
   if (!connected) {
     readFailure_ = connected.error().reason;

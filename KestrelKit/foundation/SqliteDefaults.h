@@ -39,7 +39,9 @@ class SqliteDefaults final : public SharedDefaults {
   bool write(std::span<const Change> changes) override;
   bool update(std::string_view key, const Update& update) override;
 
-  /// Why the last read gave nothing although there may be something; absent where it was in order.
+  const std::filesystem::path& file() const noexcept { return file_; }
+
+  /// Why a read gave nothing although there may be something, the last one that did; absent where none did.
   std::optional<std::string> readFailure() const;
 
   /// Why the last write or update was not made; absent where it was.

@@ -22,7 +22,8 @@ const WatchConnectionEvidence unacknowledged{.isPaired = true,
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
 bool replays(const WatchConnectionEvidence& evidence, std::int64_t earlierTries = 0, double at = 60) {
-  return WatchOutboxReplayPolicy::shouldReplay(snapshot, evidence, earlierTries, instantSinceReferenceDate(at));
+  return WatchOutboxReplayPolicy::shouldReplay(snapshot, evidence, earlierTries,
+                                               instantSinceReferenceDate(at));
 }
 
 TEST(WatchOutboxReplayPolicy, sendsAgainWhatTheWatchHasNotAcknowledged) {
@@ -68,9 +69,9 @@ TEST(WatchOutboxReplayPolicy, needsTheSnapshotNotToBeAcknowledged) {
 
 TEST(WatchOutboxReplayPolicy, doublesThePauseWithEveryTryUpToAnHour) {
   constexpr std::pair<std::int64_t, double> rows[] = {
-      {0, 30},   {1, 60},    {2, 120},   {3, 240},  {4, 480},
-      {5, 960},  {6, 1'920}, {7, 3'600}, {8, 3'600}, {63, 3'600},
-      {64, 3'600}, {std::numeric_limits<std::int64_t>::max(), 3'600},
+      {0, 30},    {1, 60},     {2, 120},    {3, 240},
+      {4, 480},   {5, 960},    {6, 1'920},  {7, 3'600},
+      {8, 3'600}, {63, 3'600}, {64, 3'600}, {std::numeric_limits<std::int64_t>::max(), 3'600},
   };
   for (const auto& [tries, pause] : rows) {
     EXPECT_FALSE(replays(unacknowledged, tries, std::nextafter(pause, 0))) << tries;

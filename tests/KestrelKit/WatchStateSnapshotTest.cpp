@@ -18,7 +18,7 @@ const Instant noon = instantSinceReferenceDate(736'257'600);  // 2024-05-01 12:0
 TEST(WatchStateSnapshot, readsAndWritesEachField) {
   const auto snapshot = testing::expectStrictFields<WatchStateSnapshot>(
       JSONCoders::decoder, JSONCoders::encoder,
-      {{"version", "2", "2.5", "2.5 is not a 64-bit integer"},
+      {{"version", "2", "2.5", "2.5 is not an integer of 64 bits"},
        {"deliveryID", R"("2F1C0B7A-5D5E-4C1B-9A38-0D5C4E7B9F10")", "7", "expected text, found a number"},
        {"stateRaw", R"("Mixed Episode")", "7", "expected text, found a number"},
        {"confidencePercent", "-5", R"("80")", "expected an integer, found text"},
@@ -41,14 +41,16 @@ TEST(WatchStateSnapshot, refusesADeliveryThatIsNoUuidAndAnInstantThatIsNone) {
   };
   constexpr std::string_view good = "2f1c0b7a-5d5e-4c1b-9a38-0d5c4e7b9f10";
   EXPECT_EQ(errorWith(good, "2024-05-01T12:00:00+02:00"), "none");
-  EXPECT_TRUE(errorWith("{2f1c0b7a-5d5e-4c1b-9a38-0d5c4e7b9f10}", "2024-05-01T12:00:00Z").starts_with("deliveryID: "));
+  EXPECT_TRUE(errorWith("{2f1c0b7a-5d5e-4c1b-9a38-0d5c4e7b9f10}", "2024-05-01T12:00:00Z")
+                  .starts_with("deliveryID: "));
   EXPECT_TRUE(errorWith("", "2024-05-01T12:00:00Z").starts_with("deliveryID: "));
   EXPECT_TRUE(errorWith(good, "2024-05-01T12:00:00.5Z").starts_with("generatedAt: "));
   EXPECT_TRUE(errorWith(good, "2024-05-01").starts_with("generatedAt: "));
 }
 
 TEST(WatchStateSnapshot, writesItsFieldsInTheirOrder) {
-  EXPECT_EQ(JSONCoders::encoder.encode(WatchStateSnapshot::of(KestrelState::mixedEpisode, 82, noon, delivery)).value(),
+  EXPECT_EQ(JSONCoders::encoder.encode(WatchStateSnapshot::of(KestrelState::mixedEpisode, 82, noon, delivery))
+                .value(),
             R"({"version":1,"deliveryID":"2F1C0B7A-5D5E-4C1B-9A38-0D5C4E7B9F10","stateRaw":"Mixed Episode",)"
             R"("confidencePercent":82,"generatedAt":"2024-05-01T12:00:00Z"})");
 }

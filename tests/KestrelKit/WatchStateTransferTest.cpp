@@ -51,7 +51,9 @@ TEST(WatchStateTransfer, reportsWhatHasNoJsonForm) {
   snapshot = mania;
   snapshot.stateRaw = "\xff";
   EXPECT_EQ(WatchStateTransfer::statePayload(snapshot).error().path, "stateRaw");
-  EXPECT_EQ(WatchStateTransfer::receiptPayload({.deliveryID = delivery, .receivedAt = noon + Seconds(1e12)}).error().path,
+  EXPECT_EQ(WatchStateTransfer::receiptPayload({.deliveryID = delivery, .receivedAt = noon + Seconds(1e12)})
+                .error()
+                .path,
             "receivedAt");
 }
 
@@ -167,8 +169,12 @@ TEST(WatchStateTransfer, receivingSetsItsThreeFieldsAndClearsTheErrorAlone) {
 
 TEST(WatchStateTransfer, aReceivedSnapshotWithStateRawHypomanicIsRecordedAsHypomania) {
   const std::pair<const char*, const char*> rows[] = {
-      {"Hypomanic", "Hypomania"}, {"Hypomania", "Hypomania"}, {"Manic", "Mania"},
-      {"hypomanic", "Unknown"},   {"", "Unknown"},            {"Serene", "Unknown"},
+      {"Hypomanic", "Hypomania"},
+      {"Hypomania", "Hypomania"},
+      {"Manic", "Mania"},
+      {"hypomanic", "Unknown"},
+      {"", "Unknown"},
+      {"Serene", "Unknown"},
   };
   for (const auto& [raw, recorded] : rows) {
     WatchConnectionEvidence evidence;

@@ -184,9 +184,10 @@ TEST_P(SharedDefaultsTest, leaveAKeyAsItIsWhereAnUpdateGivesNothing) {
 TEST_P(SharedDefaultsTest, goOnAfterAnUpdateThatThrows) {
   const auto defaults = made();
   ASSERT_TRUE(set(*defaults, "key", "value"));
-  EXPECT_THROW(defaults->update("key", [](const auto&) -> std::optional<PropertyValue> {
-    throw std::runtime_error("a change of mind");
-  }),
+  EXPECT_THROW(defaults->update("key",
+                                [](const auto&) -> std::optional<PropertyValue> {
+                                  throw std::runtime_error("a change of mind");
+                                }),
                std::runtime_error);
   EXPECT_EQ(defaults->value("key"), PropertyValue("value"));
   EXPECT_TRUE(set(*defaults, "key", "next"));

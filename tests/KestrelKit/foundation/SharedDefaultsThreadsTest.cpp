@@ -29,7 +29,8 @@ void expectNoIncrementToBeLost(const std::vector<std::shared_ptr<SharedDefaults>
           const std::string own = "of thread " + std::to_string(thread);
           for (int round = 0; round < rounds; ++round) {
             EXPECT_TRUE(suite->update("count", incremented));
-            const SharedDefaults::Change changes[] = {{own, Data{std::to_string(round)}}, {"gone", std::nullopt}};
+            const SharedDefaults::Change changes[] = {{own, Data{std::to_string(round)}},
+                                                      {"gone", std::nullopt}};
             EXPECT_TRUE(suite->write(changes));
             EXPECT_TRUE(suite->get<std::string>("count"));
             EXPECT_TRUE(suite->get<Data>(own));

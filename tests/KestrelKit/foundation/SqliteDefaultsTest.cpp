@@ -12,8 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
-#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -22,7 +20,6 @@
 #include <set>
 #include <sstream>
 #include <string>
-#include <vector>
 
 namespace kestrel {
 namespace {
@@ -380,7 +377,8 @@ TEST_F(SqliteDefaultsTest, aLockThatIsNeverReleasedIsWaitedForInVainAndSaid) {
   }));
   EXPECT_FALSE(wasAsked);
   EXPECT_EQ(suite->writeFailure(), "database is locked");
-  EXPECT_EQ(suite->value("key"), PropertyValue("value")) << "a writer that has not begun to write hides nothing";
+  EXPECT_EQ(suite->value("key"), PropertyValue("value"))
+      << "a writer that has not begun to write hides nothing";
   ASSERT_EQ(sqlite3_exec(handle, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
   EXPECT_TRUE(set(*suite, "key", "next"));
 }
@@ -439,60 +437,6 @@ TEST_F(SqliteDefaultsTest, aContainerThatCannotBeMadeIsAFailedWrite) {
   EXPECT_EQ(suite->value("key"), std::nullopt);
   EXPECT_FALSE(set(*suite, "key", "value"));
   EXPECT_EQ(suite->writeFailure(), "Not a directory");
-}
-
-// Crashes
-
-/// Values that a writing process has told to be written, each a byte; what it was killed at is not among them.
-std::uint64_t countedIn(int pipe) {
-  std::uint64_t count = 0;
-  std::vector<char> bytes(65'536);
-  for (ssize_t size = 0; (size = ::read(pipe, bytes.data(), bytes.size())) > 0;) {
-    count += static_cast<std::uint64_t>(size);
-  }
-  return count;
-}
-
-TEST_F(SqliteDefaultsTest, aProcessKilledAtAnyInstantLosesAtMostItsLastWrite) {
-  const char* const rounds = std::getenv("TIDEWELL_LONG_TESTS");
-  const int kills = rounds ? 2'000 : 100;
-  std::uint64_t written = 0;
-  std::uint64_t random = 20'010'101;
-  for (int kill = 0; kill < kills; ++kill) {
-    int told[2];
-    ASSERT_EQ(pipe(told), 0);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      const Suite suite = opened();
-      for (std::uint64_t number = written + 1;; ++number) {
-        const std::string text = std::to_string(number);
-        const SharedDefaults::Change changes[] = {{"text", text}, {"data", Data{text + std::string(5'000, 'x')}}};
-        if (!suite->write(changes) || ::write(told[1], "x", 1) != 1) {
-          _exit(1);
-        }
-      }
-    }
-    close(told[1]);
-    random = random * 6'364'136'223'846'793'005U + 1'442'695'040'888'963'407U;
-    usleep(static_cast<useconds_t>((random >> 33U) % 10'000));
-    ::kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
-    const std::uint64_t said = written + countedIn(told[0]);
-    close(told[0]);
-
-    const Suite suite = opened();
-    const auto text = suite->get<std::string>("text");
-    ASSERT_EQ(suite->readFailure(), std::nullopt);
-    const std::uint64_t found = text ? std::stoull(*text) : 0;
-    ASSERT_GE(found, said);
-    ASSERT_LE(found, said + 1);
-    ASSERT_EQ(suite->get<Data>("data"), text ? std::optional(Data{*text + std::string(5'000, 'x')}) : std::nullopt);
-    written = found;
-  }
-  EXPECT_GT(written, static_cast<std::uint64_t>(kills)) << "hardly a write was made";
 }
 
 }  // namespace
