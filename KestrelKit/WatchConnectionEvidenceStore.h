@@ -35,7 +35,7 @@ class WatchConnectionEvidenceStore {
   void replace(const WatchConnectionEvidence& evidence);
 
   /// Has `mutation` change a copy of the current evidence, and stores it if it is another then. `mutation`
-  /// must not use the store; where the writing was interrupted it is called again, with what is there then.
+  /// must not use the store.
   ///
   /// What has no JSON form (an instant beyond the year 9999) is not written, and is announced as a change.
   void update(const std::function<void(WatchConnectionEvidence& evidence)>& mutation);

@@ -144,8 +144,9 @@ int main(int count, char** arguments) {
       ratios.push_back(ours.back() / theirs.back());
     }
     demand(store.current().lastReceivedConfidence == 1 + rounds * updatesInARound, "an update was lost");
-    fmt::print("| an update, us | bare statements, us | ratio |\n|--:|--:|--:|\n| {:.0f} | {:.0f} | {:.2f} |\n",
-               median(ours), median(theirs), median(ratios));
+    fmt::print(
+        "| an update, us | bare statements, us | ratio |\n|--:|--:|--:|\n| {:.0f} | {:.0f} | {:.2f} |\n",
+        median(ours), median(theirs), median(ratios));
   }
   std::filesystem::remove_all(folder);
 }

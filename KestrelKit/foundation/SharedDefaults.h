@@ -38,8 +38,8 @@ class SharedDefaults {
   virtual bool write(std::span<const Change> changes) = 0;
 
   /// Reads `key`, asks `update` and writes what it gives, and nobody else writes in between. Says whether
-  /// what was asked for was done; where the key cannot be reserved, `update` is not asked. An `update` whose
-  /// writing was interrupted is asked again, with what is there then. It must not call these defaults.
+  /// what was asked for was done; where the key cannot be reserved, `update` is not asked. It must not call
+  /// these defaults.
   virtual bool update(std::string_view key, const Update& update) = 0;
 
   /// What stands under `key`, if it is a T: text, an Instant, or Data.

@@ -26,9 +26,6 @@ namespace fs = std::filesystem;
 constexpr auto pauseBetweenTries = std::chrono::milliseconds(1);
 constexpr int mostTries = 5'000;
 
-/// How often a transaction is begun anew because a signal came between.
-constexpr int mostInterruptions = 100;
-
 /// What tells a suite from any other database, in its header: "TwDf".
 constexpr int applicationId = 0x54'77'44'66;
 
@@ -57,17 +54,17 @@ std::mutex& opening() {
 /// An open suite. Its functions give SQLite's results.
 class SqliteDefaults::Connection {
  public:
-  static std::expected<std::unique_ptr<Connection>, Refusal> open(const fs::path& file) {
+  static std::expected<std::unique_ptr<Connection>, std::string> open(const fs::path& file) {
     sqlite3* handle = nullptr;
     const fs::path name = "." / file;  // a name that begins "file:" would be taken for a URI
     const int result =
         sqlite3_open_v2(name.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     std::unique_ptr<Connection> connection(new Connection(SqliteConnection(handle)));
     if (handle == nullptr) {
-      return std::unexpected(Refusal{"memory has run out"});
+      return std::unexpected("memory has run out");
     }
     if (result != SQLITE_OK) {
-      return std::unexpected(connection->refusal());
+      return std::unexpected(connection->reason());
     }
     sqlite3_busy_handler(
         handle,
@@ -78,16 +75,16 @@ class SqliteDefaults::Connection {
         nullptr);
     // The removal of the journal, which commits, reaches the disk before the write returns.
     if (!connection->run("PRAGMA synchronous = EXTRA")) {
-      return std::unexpected(connection->refusal());
+      return std::unexpected(connection->reason());
     }
     // In this order: who makes the table, at this moment perhaps, says in the same transaction what it is.
     const auto tables = connection->number("SELECT count(*) FROM sqlite_schema");
     const auto identity = tables ? connection->number("PRAGMA application_id") : std::nullopt;
     if (!identity) {
-      return std::unexpected(connection->refusal());
+      return std::unexpected(connection->reason());
     }
     if (*identity != applicationId && (*identity != 0 || *tables != 0)) {
-      return std::unexpected(Refusal{"is a database, but none of shared defaults"});
+      return std::unexpected("is a database, but none of shared defaults");
     }
     return connection;
   }
@@ -100,24 +97,23 @@ class SqliteDefaults::Connection {
   }
 
   /// What went wrong last.
-  Refusal refusal() const {
+  std::string reason() const {
     const int result = sqlite3_errcode(handle_.get());
     const int error = sqlite3_system_errno(handle_.get());
     const bool isTheSystems = result == SQLITE_IOERR || result == SQLITE_CANTOPEN;
-    return {.reason = isTheSystems && error != 0 ? textOfError(error) : sqlite3_errmsg(handle_.get()),
-            .isInterruption = result == SQLITE_IOERR && error == EINTR};
+    return isTheSystems && error != 0 ? textOfError(error) : sqlite3_errmsg(handle_.get());
   }
 
   bool run(const char* sql) {
     return sqlite3_exec(handle_.get(), sql, nullptr, nullptr, nullptr) == SQLITE_OK;
   }
 
-  std::expected<std::optional<PropertyValue>, Refusal> read(std::string_view key) {
+  std::expected<std::optional<PropertyValue>, std::string> read(std::string_view key) {
     if (!read_ && !prepare(read_, "SELECT value FROM defaults WHERE key = ?1")) {
       if (sqlite3_errcode(handle_.get()) == SQLITE_ERROR) {
         return std::nullopt;  // There is no table yet.
       }
-      return std::unexpected(refusal());
+      return std::unexpected(reason());
     }
     const Use use(*read_);
     bind(*read_, 1, key);
@@ -127,14 +123,14 @@ class SqliteDefaults::Connection {
       case SQLITE_DONE:
         return std::nullopt;
       default:
-        return std::unexpected(refusal());
+        return std::unexpected(reason());
     }
   }
 
   /// Within a transaction.
-  std::expected<void, Refusal> make(const Change& change) {
+  std::expected<void, std::string> make(const Change& change) {
     if (!write_ && !prepareWriting()) {
-      return std::unexpected(refusal());
+      return std::unexpected(reason());
     }
     sqlite3_stmt& statement = change.value ? *write_ : *remove_;
     const Use use(statement);
@@ -143,7 +139,7 @@ class SqliteDefaults::Connection {
       std::visit([&](const auto& value) { bind(statement, 2, value); }, *change.value);
     }
     if (sqlite3_step(&statement) != SQLITE_DONE) {
-      return std::unexpected(refusal());
+      return std::unexpected(reason());
     }
     return {};
   }
@@ -266,13 +262,13 @@ std::expected<std::shared_ptr<SqliteDefaults>, std::string> SqliteDefaults::open
     const fs::path& file, const std::optional<AppGroupContainer>& container) {
   std::shared_ptr<SqliteDefaults> suite(new SqliteDefaults(file, container));
   if (const auto connected = suite->connect(); !connected) {
-    return std::unexpected(connected.error().reason);
+    return std::unexpected(connected.error());
   }
   return suite;
 }
 
 /// Sees to it that the connection is to the file that is there now; without a file there is none.
-std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::connect() const {
+std::expected<void, std::string> SqliteDefaults::connect() const {
   if (connection_ && !connection_->hasMoved()) {
     return {};
   }
@@ -282,7 +278,7 @@ std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::connect() const {
     return {};
   }
   if (!installSqliteFileSystem()) {
-    return std::unexpected(Refusal{"SQLite does not take its file system"});
+    return std::unexpected("SQLite does not take its file system");
   }
   auto connection = Connection::open(file_);
   if (!connection) {
@@ -293,19 +289,22 @@ std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::connect() const {
 }
 
 /// An empty file is a suite with nothing in it.
-std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::create() const {
+std::expected<void, std::string> SqliteDefaults::create() const {
   if (container_) {
     if (const std::error_code error = container_->create()) {
-      return std::unexpected(Refusal{error.message()});
+      return std::unexpected(error.message());
     }
   }
   const std::lock_guard alone(opening());
-  const int file = ::open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  int file = 0;
+  do {
+    file = ::open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+  } while (file < 0 && errno == EINTR);
   if (file < 0) {
     if (errno == EEXIST) {
       return {};  // Another process was faster.
     }
-    return std::unexpected(Refusal{.reason = textOfError(errno), .isInterruption = errno == EINTR});
+    return std::unexpected(textOfError(errno));
   }
   ::close(file);
   return {};
@@ -315,7 +314,7 @@ std::optional<PropertyValue> SqliteDefaults::value(std::string_view key) const {
   const std::lock_guard locked(mutex_);
   const auto connected = connect();
   if (!connected) {
-    readFailure_ = connected.error().reason;
+    readFailure_ = connected.error();
     return std::nullopt;
   }
   if (!connection_) {
@@ -323,14 +322,14 @@ std::optional<PropertyValue> SqliteDefaults::value(std::string_view key) const {
   }
   auto stored = connection_->read(key);
   if (!stored) {
-    readFailure_ = stored.error().reason;
+    readFailure_ = stored.error();
     return std::nullopt;
   }
   return *std::move(stored);
 }
 
 bool SqliteDefaults::write(std::span<const Change> changes) {
-  return transact([&](Connection& connection) -> std::expected<void, Refusal> {
+  return transact([&](Connection& connection) -> std::expected<void, std::string> {
     for (const Change& change : changes) {
       if (const auto made = connection.make(change); !made) {
         return made;
@@ -341,13 +340,13 @@ bool SqliteDefaults::write(std::span<const Change> changes) {
 }
 
 bool SqliteDefaults::update(std::string_view key, const Update& update) {
-  return transact([&](Connection& connection) -> std::expected<void, Refusal> {
+  return transact([&](Connection& connection) -> std::expected<void, std::string> {
     const auto stored = connection.read(key);
     if (!stored) {
       return std::unexpected(stored.error());
     }
     const Change change{.key = key, .value = update(*stored)};
-    return change.value ? connection.make(change) : std::expected<void, Refusal>();
+    return change.value ? connection.make(change) : std::expected<void, std::string>();
   });
 }
 
@@ -361,7 +360,7 @@ std::optional<std::string> SqliteDefaults::writeFailure() const {
   return writeFailure_;
 }
 
-std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::tryTransaction(const Work& work) {
+std::expected<void, std::string> SqliteDefaults::transaction(const Work& work) {
   auto connected = connect();
   if (connected && !connection_) {
     connected = create();
@@ -373,7 +372,7 @@ std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::tryTransaction(cons
     return connected;
   }
   if (!connection_) {
-    return std::unexpected(Refusal{"the file was removed as it was made"});
+    return std::unexpected("the file was removed as it was made");
   }
   struct RollBack {  // Also where `work` throws.
     Connection& connection;
@@ -381,13 +380,13 @@ std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::tryTransaction(cons
   };
   const RollBack rollBack{*connection_};
   if (!connection_->begin()) {
-    return std::unexpected(connection_->refusal());
+    return std::unexpected(connection_->reason());
   }
   if (const auto done = work(*connection_); !done) {
     return done;
   }
   if (!connection_->commit()) {
-    return std::unexpected(connection_->refusal());
+    return std::unexpected(connection_->reason());
   }
   return {};
 }
@@ -395,11 +394,8 @@ std::expected<void, SqliteDefaults::Refusal> SqliteDefaults::tryTransaction(cons
 bool SqliteDefaults::transact(const Work& work) {
   const std::lock_guard locked(mutex_);
   writeFailure_ = "an update was left by an exception";  // Unless it ends.
-  auto done = tryTransaction(work);
-  for (int tries = 0; !done && done.error().isInterruption && tries < mostInterruptions; ++tries) {
-    done = tryTransaction(work);
-  }
-  writeFailure_ = done ? std::nullopt : std::optional(done.error().reason);
+  auto done = transaction(work);
+  writeFailure_ = done ? std::nullopt : std::optional(done.error());
   return done.has_value();
 }
 

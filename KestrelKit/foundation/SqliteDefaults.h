@@ -50,22 +50,18 @@ class SqliteDefaults final : public SharedDefaults {
  private:
   class Connection;
 
-  /// Why something was not done.
-  struct Refusal {
-    std::string reason;
-    bool isInterruption = false;  ///< A signal came between: it can be tried again.
-  };
+  // A failure is the reason, in words.
 
-  using Work = std::function<std::expected<void, Refusal>(Connection& connection)>;
+  using Work = std::function<std::expected<void, std::string>(Connection& connection)>;
 
   SqliteDefaults(std::filesystem::path file, std::optional<AppGroupContainer> container);
 
   static std::expected<std::shared_ptr<SqliteDefaults>, std::string> opened(
       const std::filesystem::path& file, const std::optional<AppGroupContainer>& container);
 
-  std::expected<void, Refusal> connect() const;
-  std::expected<void, Refusal> create() const;
-  std::expected<void, Refusal> tryTransaction(const Work& work);
+  std::expected<void, std::string> connect() const;
+  std::expected<void, std::string> create() const;
+  std::expected<void, std::string> transaction(const Work& work);
   bool transact(const Work& work);
 
   const std::filesystem::path file_;

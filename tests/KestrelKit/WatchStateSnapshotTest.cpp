@@ -98,15 +98,16 @@ TEST(WatchStateSnapshot, differsWhenOneFieldDoes) {
 }
 
 TEST(WatchStateSnapshot, comesBackFromJsonAsItWasInWholeSeconds) {
-  rc::check([](std::int64_t version, const std::string& raw, std::int64_t confidence, std::int32_t at) {
+  rc::check([](std::int64_t version, std::int64_t confidence, std::int32_t at) {
+    const auto raw = *rc::gen::container<std::string>(rc::gen::inRange(' ', '\x7f'));
     const WatchStateSnapshot snapshot{.version = version,
                                       .deliveryID = delivery,
                                       .stateRaw = raw,
                                       .confidencePercent = confidence,
                                       .generatedAt = instantSinceReferenceDate(at)};
     const auto json = JSONCoders::encoder.encode(snapshot);
-    RC_PRE(json.has_value());  // Random bytes need not be UTF-8.
-    RC_ASSERT(JSONCoders::decoder.decode<WatchStateSnapshot>(*json) == snapshot);
+    RC_ASSERT(json.has_value());
+    RC_ASSERT(JSONCoders::decoder.decode<WatchStateSnapshot>(*json).value() == snapshot);
   });
 }
 

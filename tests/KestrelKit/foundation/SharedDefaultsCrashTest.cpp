@@ -50,13 +50,20 @@ TEST(SharedDefaultsCrash, aProcessKilledAtAnyInstantLosesAtMostItsLastWrite) {
       }
     }
     close(told[1]);
+    // Three of four are killed at work, the others as they begin or before.
+    std::uint64_t said = written;
+    char byte = 0;
+    if (kill % 4 != 0) {
+      ASSERT_EQ(::read(told[0], &byte, 1), 1);
+      ++said;
+    }
     random = random * 6'364'136'223'846'793'005U + 1'442'695'040'888'963'407U;
-    usleep(static_cast<useconds_t>((random >> 33U) % 10'000));
+    usleep(static_cast<useconds_t>((random >> 33U) % 5'000));
     ::kill(child, SIGKILL);
     int status = 0;
     waitpid(child, &status, 0);
     ASSERT_TRUE(WIFSIGNALED(status)) << "the writer ended by itself";
-    const std::uint64_t said = written + countedIn(told[0]);
+    said += countedIn(told[0]);
     close(told[0]);
 
     const auto suite = SqliteDefaults::open(file).value();
@@ -69,7 +76,7 @@ TEST(SharedDefaultsCrash, aProcessKilledAtAnyInstantLosesAtMostItsLastWrite) {
               text ? std::optional(Data{*text + std::string(5'000, 'x')}) : std::nullopt);
     written = found;
   }
-  EXPECT_GT(written, static_cast<std::uint64_t>(kills)) << "hardly a write was made";
+  EXPECT_GE(written, static_cast<std::uint64_t>(kills) * 3 / 4);
 }
 
 }  // namespace

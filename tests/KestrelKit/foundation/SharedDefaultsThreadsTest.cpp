@@ -20,7 +20,7 @@ std::optional<PropertyValue> incremented(const std::optional<PropertyValue>& sto
 /// Four threads for each of `suites`, which are of one file, or the same one.
 void expectNoIncrementToBeLost(const std::vector<std::shared_ptr<SharedDefaults>>& suites) {
   constexpr int threads = 4;
-  constexpr int rounds = 60;
+  constexpr int rounds = 25;
   {
     std::vector<std::jthread> all;
     for (const auto& suite : suites) {
