@@ -1,15 +1,16 @@
 #include <command-line/Program.h>
 
+#include <command-line/StandardStreams.h>
 #include "CommandWords.h"
 #include "Completions.h"
 #include "HelpText.h"
 #include "ManPage.h"
-#include "StandardStreams.h"
 #include "StatusMeanings.h"
 
 #include <KestrelKit/foundation/ProgrammingError.h>
 #include <KestrelKit/foundation/QuotedText.h>
 #include <KestrelKit/foundation/TimeZone.h>
+#include <command-line/StandardStreams.h>
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 

@@ -1,6 +1,7 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
 // decoder takes it gives back.
 
+#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/CircadianObservations.h>
 #include <KestrelKit/circadian/SleepInterval.h>
@@ -44,6 +45,7 @@ constexpr Row rows[] = {
     {'f', check<CircadianFeatures>},
     {'g', check<std::vector<SleepStageInterval>>},
     {'i', check<std::vector<SleepInterval>>},
+    {'l', check<DogfoodLog::Event>},
     {'m', check<std::vector<DailyMetrics>>},
     {'n', check<std::vector<SleepSession>>},
     {'o', check<CircadianObservations>},

@@ -2,6 +2,7 @@
 #include <command-line/Program.h>
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/JsonCommand.h>
+#include <kestrel/LogCommands.h>
 #include <kestrel/MoodStateCommands.h>
 #include <kestrel/NoteCommands.h>
 #include <kestrel/SignalCommands.h>
@@ -40,5 +41,6 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
+  addLogCommands(program);
   return program.run(argc, argv);
 }
