@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 // What the commands are made of that read one JSON document, or none, and print one.
@@ -33,11 +34,11 @@ std::expected<std::string, Failure> printed(const Command& command, const T& val
   return *std::move(text) + '\n';
 }
 
-/// What `command` prints of the result that `operation` has for the `Input` in `file`. A document that is
-/// none is refused with the place where.
-template <class Input, class Operation>
-std::expected<std::string, Failure> converted(const Command& command, const InputFile& file,
-                                              const Operation& operation) {
+/// What `print` makes of the document in `file`, which `decode` reads from its text. A document that is none
+/// is refused with the place where.
+template <class Decode, class Print>
+std::expected<std::string, Failure> printedFrom(const InputFile& file, const Decode& decode,
+                                                const Print& print) {
   std::optional<Progress> progress;
   if (!file.isTyped()) {  // What a person types must not be written over.
     progress.emplace();
@@ -49,12 +50,21 @@ std::expected<std::string, Failure> converted(const Command& command, const Inpu
   if (!progress) {
     progress.emplace();
   }
-  const auto input = JSONCoders::decoder.decode<Input>(*text);
+  const auto input = decode(std::string_view(*text));
   if (!input) {
     return std::unexpected(Failure{ExitStatus::refused, input.error().text()});
   }
   std::string().swap(*text);  // A large one takes as much memory as what was read from it.
-  return printed(command, operation(*input));
+  return print(*input);
+}
+
+/// What `command` prints of the result that `operation` has for the `Input` in `file`.
+template <class Input, class Operation>
+std::expected<std::string, Failure> converted(const Command& command, const InputFile& file,
+                                              const Operation& operation) {
+  return printedFrom(
+      file, [](std::string_view text) { return JSONCoders::decoder.decode<Input>(text); },
+      [&](const Input& input) { return printed(command, operation(input)); });
 }
 
 /// Lets `command` read one JSON document, an `Input`, and print the result that `operation` has for it.

@@ -1,6 +1,7 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
 #include <kestrel/CircadianCommands.h>
+#include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
 #include <kestrel/LogCommands.h>
 #include <kestrel/MoodStateCommands.h>
@@ -42,5 +43,6 @@ int main(int argc, char** argv) {
   addSignalCommands(program);
   addNoteCommands(program);
   addLogCommands(program);
+  addFormatCommands(program);
   return program.run(argc, argv);
 }

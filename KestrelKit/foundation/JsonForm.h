@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -116,6 +117,9 @@ template <class T>
 struct JsonForm<std::vector<T>> {
   static std::optional<std::vector<T>> read(JsonReader& value) {
     std::vector<T> list;
+    if constexpr (std::is_arithmetic_v<T>) {
+      list.reserve(value.scalarsInList());
+    }
     const bool isWhole = value.forEachElement([&](JsonReader& element) {
       if (auto read = JsonForm<T>::read(element)) {
         list.push_back(std::move(*read));

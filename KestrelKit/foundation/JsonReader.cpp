@@ -9,33 +9,30 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <iterator>
 #include <map>
+#include <memory>
+#include <memory_resource>
 #include <system_error>
 #include <utility>
 
-// The one file that knows the parser. It indexes the whole document first, checking UTF-8 and control
-// characters, and then hands out values on demand. It validates only what is asked for, so every value is
-// asked for here: texts are unescaped, literals compared, numbers held against the grammar.
+// The one file that knows the parser, and of that its first stage alone. It finds the tokens of the whole
+// document at once: where an object, list, colon, comma or scalar begins outside of texts. It refuses what is
+// not UTF-8, texts that are not closed and control characters in them. What the tokens are, and whether they
+// may follow each other, is judged here, in one pass that visits every one.
 
 namespace kestrel {
-namespace ondemand = simdjson::ondemand;
 namespace {
 
 constexpr std::size_t deepest = 512;
 
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-constexpr std::string_view withoutTrailingBlanks(std::string_view token) noexcept {
-  while (!token.empty() && isBlank(token.back())) {
-    token.remove_suffix(1);
-  }
-  return token;
-}
 
 // RFC 8259, section 6: [ minus ] int [ frac ] [ exp ].
 constexpr bool isNumber(std::string_view literal) noexcept {
@@ -74,6 +71,59 @@ constexpr bool isNumber(std::string_view literal) noexcept {
   return place == literal.size();
 }
 
+// A number of at most 18 digits without an exponent, which is most of them: the digits without the point, and
+// how many of them stand behind it.
+struct Decimal {
+  std::int64_t digits;
+  std::size_t places;
+};
+
+// The number `token`, which blanks may follow, in one pass. Absent for other numbers, and for what is none.
+constexpr std::optional<Decimal> shortDecimal(std::string_view token) noexcept {
+  const char* place = token.data();
+  const char* const end = place + token.size();
+  std::uint64_t digits = 0;  // may overflow, and does not count then
+  const auto takeDigits = [&] {
+    const char* const first = place;
+    for (; place != end && isDigit(*place); ++place) {
+      digits = 10 * digits + static_cast<std::uint64_t>(*place - '0');
+    }
+    return static_cast<std::size_t>(place - first);
+  };
+  const bool isNegative = place != end && *place == '-';
+  place += isNegative ? 1 : 0;
+  const char* const first = place;
+  const std::size_t whole = takeDigits();
+  std::size_t places = 0;
+  if (place != end && *place == '.') {
+    ++place;
+    places = takeDigits();
+    if (places == 0) {
+      return std::nullopt;
+    }
+  }
+  constexpr std::size_t mostDigits = 18;
+  const bool isEnded = place == end || isBlank(*place);
+  if (!isEnded || whole == 0 || (whole > 1 && *first == '0') || whole + places > mostDigits) {
+    return std::nullopt;
+  }
+  const auto value = static_cast<std::int64_t>(digits);
+  return Decimal{isNegative ? -value : value, places};
+}
+
+// Powers of ten that a 64-bit float holds exactly.
+constexpr std::array<double, 19> powersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
+                                             1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
+
+// Both sides of the division are exact, so that its rounding is the only one (Clinger 1990).
+std::optional<double> nearestFloat(const Decimal& decimal) noexcept {
+  constexpr std::int64_t exact = std::int64_t{1} << 53;
+  if (decimal.digits > exact || decimal.digits < -exact || decimal.digits == 0) {  // -0 has a sign
+    return std::nullopt;
+  }
+  return static_cast<double>(decimal.digits) / powersOfTen[decimal.places];
+}
+
 // Whether the number `literal`, too large or too small for a float, is too small: by the decimal exponent of
 // its first digit that is not 0.
 bool isTooSmall(std::string_view literal) noexcept {
@@ -110,31 +160,132 @@ std::optional<double> nearestFloat(std::string_view literal) noexcept {
 
 bool hasEscape(std::string_view raw) noexcept { return raw.find('\\') != std::string_view::npos; }
 
-// The raw text at the start of `rest`, up to the quote that ends it; the index has seen that there is one.
-std::string_view upToQuote(std::string_view rest) noexcept {
-  const std::string_view upToAny = rest.substr(0, rest.find('"'));
-  if (!hasEscape(upToAny)) {
-    return upToAny;
+// The UTF-16 unit that the four hexadecimal digits at the start of `text` name, in either case.
+std::optional<std::uint32_t> takeUnit(std::string_view& text) noexcept {
+  constexpr std::size_t size = 4;
+  std::uint32_t unit = 0;
+  const char* const end = text.data() + std::min(size, text.size());
+  if (std::from_chars(text.data(), end, unit, 16).ptr != text.data() + size) {
+    return std::nullopt;
   }
-  std::size_t place = 0;
-  while (place < rest.size() && rest[place] != '"') {
-    place += rest[place] == '\\' ? 2U : 1U;
+  text.remove_prefix(size);
+  return unit;
+}
+
+// The code point of the escape whose `\u` has been taken from `text`: one unit, or a pair of surrogates.
+std::optional<std::uint32_t> takeCodePoint(std::string_view& text) noexcept {
+  constexpr auto isHigh = [](std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; };
+  constexpr auto isLow = [](std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; };
+  const auto unit = takeUnit(text);
+  if (!unit || isLow(*unit)) {
+    return std::nullopt;
   }
-  return rest.substr(0, place);
+  if (!isHigh(*unit)) {
+    return unit;
+  }
+  if (!text.starts_with("\\u")) {
+    return std::nullopt;
+  }
+  text.remove_prefix(2);
+  const auto second = takeUnit(text);
+  if (!second || !isLow(*second)) {
+    return std::nullopt;
+  }
+  return 0x10000 + ((*unit - 0xD800) << 10U) + (*second - 0xDC00);
+}
+
+char* writeUtf8(std::uint32_t codePoint, char* to) noexcept {
+  const auto byte = [&](std::uint32_t value) { *to++ = static_cast<char>(value); };
+  const auto next = [&](unsigned shift) { byte(0x80U | ((codePoint >> shift) & 0x3FU)); };
+  if (codePoint < 0x80) {
+    byte(codePoint);
+  } else if (codePoint < 0x800) {
+    byte(0xC0U | (codePoint >> 6U));
+    next(0);
+  } else if (codePoint < 0x10000) {
+    byte(0xE0U | (codePoint >> 12U));
+    next(6);
+    next(0);
+  } else {
+    byte(0xF0U | (codePoint >> 18U));
+    next(12);
+    next(6);
+    next(0);
+  }
+  return to;
+}
+
+// Writes the text between the quotes to `to`, which has room for as many bytes, escapes resolved. Gives the
+// end of what was written; null when an escape is none of RFC 8259, section 7, or a surrogate stands alone.
+char* unescape(std::string_view raw, char* to) noexcept {
+  constexpr std::string_view letters = "\"\\/bfnrt";
+  constexpr std::string_view meant = "\"\\/\b\f\n\r\t";
+  while (!raw.empty()) {
+    const std::size_t plain = std::min(raw.find('\\'), raw.size());
+    to = std::copy_n(raw.data(), plain, to);
+    raw.remove_prefix(plain);
+    if (raw.empty()) {
+      break;
+    }
+    const char letter = raw.size() > 1 ? raw[1] : '\0';
+    raw.remove_prefix(std::min<std::size_t>(2, raw.size()));
+    if (letter == 'u') {
+      const auto codePoint = takeCodePoint(raw);
+      if (!codePoint) {
+        return nullptr;
+      }
+      to = writeUtf8(*codePoint, to);
+    } else if (const std::size_t which = letters.find(letter); which != std::string_view::npos) {
+      *to++ = meant[which];
+    } else {
+      return nullptr;
+    }
+  }
+  return to;
+}
+
+// The well-formed value `json` without the blanks between its tokens.
+std::string withoutBlanks(std::string_view json) {
+  std::string result;
+  result.reserve(json.size());
+  bool inText = false;
+  for (std::size_t place = 0; place < json.size(); ++place) {
+    const char c = json[place];
+    if (inText && c == '\\') {
+      result += c;
+      result += json[++place];
+      continue;
+    }
+    if (inText || !isBlank(c)) {
+      result += c;
+    }
+    inText = inText != (c == '"');
+  }
+  return result;
 }
 
 }  // namespace
 
 struct JsonReader::Document {
+  // Where a token begins in the text, in order.
+  using Token = const std::uint32_t*;
+
+  // What is passed on beside the values.
+  struct Remark {
+    JsonError error;  // with the path from the root
+    bool stops;       // the program; otherwise an element was dropped
+  };
+
   DateStrategy dates;
   bool listsDropped;
-  const char* begin;  // of the caller's text in the parser's copy
-  const char* end;
-  ondemand::document parsed;
-  std::vector<JsonError> notes;    // about the value that is being read, with the path from there; below them
-                                   // those about what it lies in
-  std::vector<JsonError> dropped;  // with the path from the root
+  std::string_view text;
+  Token next;                    // the first token that was not taken
+  Token last;                    // behind the last one
+  std::vector<JsonError> notes;  // about the value that is being read, with the path from there; below them
+                                 // those about what it lies in
+  std::vector<Remark> remarks;
   std::optional<JsonError> syntaxError;
+  std::pmr::monotonic_buffer_resource unescaped;  // texts that had escapes
 
   bool failed() const noexcept { return syntaxError.has_value(); }
 
@@ -142,16 +293,46 @@ struct JsonReader::Document {
   // consequence.
   void fail(std::string_view what, const char* where) {
     if (!failed()) {
-      const auto byte = std::clamp(where, begin, end) - begin;
-      syntaxError = JsonError{{}, fmt::format("the document {} at byte {}", what, byte)};
+      syntaxError = JsonError{{}, fmt::format("the document {} at byte {}", what, where - text.data())};
     }
   }
   void fail(const char* where) { fail("is not well-formed JSON", where); }
 
-  // Where the parser stands.
-  const char* location() {
-    const char* location = end;
-    return parsed.current_location().get(location) == simdjson::SUCCESS ? location : end;
+  const char* place(Token token) const noexcept {
+    return text.data() + (token != last ? *token : text.size());
+  }
+
+  // The first character of a token; a null character, with which none begins, behind the last one.
+  char first(Token token) const noexcept { return token != last ? text[*token] : '\0'; }
+
+  // What stands from `begin` up to the blanks before `token`.
+  std::string_view upTo(Token token, const char* begin) const noexcept {
+    const char* end = place(token);
+    while (end != begin && isBlank(end[-1])) {
+      --end;
+    }
+    return {begin, end};
+  }
+
+  // The text between the quotes of the token that ends before `following`. The index has seen that it is
+  // closed, and what is not blank behind a text is a token of its own.
+  std::string_view betweenQuotes(Token token, Token following) const noexcept {
+    const std::string_view quoted = upTo(following, place(token));
+    return quoted.substr(1, quoted.size() - 2);
+  }
+
+  // Escapes resolved. Lives as long as the document.
+  std::optional<std::string_view> resolved(std::string_view raw) {
+    if (!hasEscape(raw)) {
+      return raw;
+    }
+    char* const begin = static_cast<char*>(unescaped.allocate(raw.size(), alignof(char)));
+    const char* const end = unescape(raw, begin);
+    if (end == nullptr) {
+      fail("has a malformed escape", raw.data());
+      return std::nullopt;
+    }
+    return std::string_view{begin, end};
   }
 
   template <class Visit>
@@ -160,20 +341,33 @@ struct JsonReader::Document {
 
 // A value, linked to the values that it lies in: the path is only put together where it is needed.
 struct JsonReader::Place {
+  enum class Step { root, member, element };
+
+  Place(Document& document_, const Place* parent_, Step step_, std::size_t depth_)
+      : document(document_), parent(parent_), step(step_), depth(depth_) {
+    goOn();
+  }
+
   Document& document;
   const Place* parent;
-  std::string_view key;  // of a member
-  std::size_t index;     // of an element
-  enum class Step { root, member, element } step;
+  std::string_view key;   // of a member
+  std::size_t index = 0;  // of an element
+  Step step;
   std::size_t depth;  // the number of objects and lists that the value lies in
-  ondemand::value value;
-  bool taken = false;
-  std::size_t notesBefore = document.notes.size();
-  std::size_t droppedBefore = document.dropped.size();
+  Document::Token token;
+  bool taken;
+  std::size_t notesBefore;
+  std::size_t remarksBefore;
 
-  // The text of a scalar; of anything else its first character.
-  std::string_view token() { return withoutTrailingBlanks(value.raw_json_token()); }
-  const char* where() { return value.raw_json_token().data(); }
+  // Becomes the place of the value to come.
+  void goOn() noexcept {
+    token = document.next;
+    taken = false;
+    notesBefore = document.notes.size();
+    remarksBefore = document.remarks.size();
+  }
+
+  const char* where() const noexcept { return document.place(token); }
 
   // Puts the step that leads here before `path`.
   void prependStep(std::string& path) const {
@@ -189,6 +383,13 @@ struct JsonReader::Place {
     }
   }
 
+  // Makes `path`, which starts here, one from the root.
+  void prependSteps(std::string& path) const {
+    for (const Place* place = this; place != nullptr; place = place->parent) {
+      place->prependStep(path);
+    }
+  }
+
   // What was noted about the value here and what it holds. It is one note: the first.
   std::optional<JsonError> takeNote() {
     auto& notes = document.notes;
@@ -201,10 +402,10 @@ struct JsonReader::Place {
   }
 
   bool isWrong() const noexcept { return document.notes.size() > notesBefore; }
-  bool isNoted() const noexcept { return isWrong() || document.dropped.size() > droppedBefore; }
+  bool isRemarked() const noexcept { return isWrong() || document.remarks.size() > remarksBefore; }
 
-  Kind kind() {
-    switch (*where()) {
+  Kind kind() const noexcept {
+    switch (document.first(token)) {
       case '{':
         return Kind::object;
       case '[':
@@ -221,23 +422,25 @@ struct JsonReader::Place {
     }
   }
 
-  std::optional<std::string_view> takeText() {
-    taken = true;
-    const std::string_view whole = token();
-    const std::string_view raw = whole.substr(1, whole.size() - 2);
-    if (hasEscape(raw)) {
-      return unescaped(raw, value.get_string());
-    }
-    if (ondemand::raw_json_string same; value.get_raw_json_string().get(same) != simdjson::SUCCESS) {
-      document.fail(where());
-      return std::nullopt;
-    }
-    return raw;
+  // The token here, which is a scalar, and the blanks behind it.
+  std::string_view takeToken() noexcept {
+    take();
+    return {where(), document.place(document.next)};
   }
 
+  std::string_view takeScalar() noexcept {
+    take();
+    return document.upTo(document.next, where());
+  }
+
+  std::optional<std::string_view> takeText() {
+    take();
+    return document.resolved(document.betweenQuotes(token, document.next));
+  }
+
+  // The number here that is not short.
   std::optional<std::string_view> takeNumber() {
-    taken = true;
-    const std::string_view literal = token();
+    const std::string_view literal = takeScalar();
     if (!isNumber(literal)) {
       document.fail(where());
       return std::nullopt;
@@ -246,8 +449,7 @@ struct JsonReader::Place {
   }
 
   std::optional<bool> takeBoolean() {
-    taken = true;
-    const std::string_view literal = token();
+    const std::string_view literal = takeScalar();
     if (literal != "true" && literal != "false") {
       document.fail(where());
       return std::nullopt;
@@ -256,8 +458,7 @@ struct JsonReader::Place {
   }
 
   void takeNull() {
-    taken = true;
-    if (token() != "null") {
+    if (takeScalar() != "null") {
       document.fail(where());
     }
   }
@@ -267,29 +468,32 @@ struct JsonReader::Place {
 
   template <class Visit>
   void takeElements(Visit visit) {
-    taken = true;
-    ondemand::array list;
-    if (!descend() || value.get_array().get(list) != simdjson::SUCCESS) {
-      document.fail(where());
+    if (!descend()) {
       return;
     }
-    std::size_t count = 0;
-    for (auto element : list) {
-      ondemand::value here;
-      if (std::move(element).get(here) != simdjson::SUCCESS) {
-        document.fail(document.location());
-        return;
-      }
-      Place place{document, this, {}, count++, Step::element, depth + 1, here};
+    if (document.first(document.next) == ']') {
+      ++document.next;
+      return;
+    }
+    Place place{document, this, Step::element, depth + 1};
+    while (true) {
       visit(place);
       place.finish();
       if (document.failed()) {
         return;
       }
-      if (auto note = place.takeNote(); note && !isWrong()) {
-        place.prependStep(note->path);
-        document.notes.push_back(*std::move(note));
+      if (place.isWrong()) {
+        auto note = place.takeNote();
+        if (!isWrong()) {
+          place.prependStep(note->path);
+          document.notes.push_back(*std::move(note));
+        }
       }
+      if (!isFollowed(']')) {
+        return;
+      }
+      ++place.index;
+      place.goOn();
     }
   }
 
@@ -321,7 +525,13 @@ struct JsonReader::Place {
   }
 
  private:
+  void take() noexcept {
+    taken = true;
+    document.next = token + (token != document.last ? 1 : 0);
+  }
+
   bool descend() {
+    take();
     if (depth < deepest) {
       return true;
     }
@@ -329,22 +539,15 @@ struct JsonReader::Place {
     return false;
   }
 
-  std::optional<std::string_view> keyOf(ondemand::field& field) {
-    const std::string_view raw = upToQuote({field.key().raw(), document.end});
-    if (!hasEscape(raw)) {
-      return raw;
+  // Behind a member or element: whether another one follows. If not, `close` does, or the document fails.
+  bool isFollowed(char close) {
+    const char c = document.first(document.next);
+    if (c != ',' && c != close) {
+      document.fail(document.place(document.next));
+      return false;
     }
-    return unescaped(raw, field.unescaped_key());
-  }
-
-  std::optional<std::string_view> unescaped(std::string_view raw,
-                                            simdjson::simdjson_result<std::string_view> result) {
-    std::string_view text;
-    if (std::move(result).get(text) != simdjson::SUCCESS) {
-      document.fail("has a malformed escape", &raw.front());
-      return std::nullopt;
-    }
-    return text;
+    ++document.next;
+    return c == ',';
   }
 };
 
@@ -356,7 +559,7 @@ class JsonReader::LastValues {
 
   void take(Place& member) {
     const auto listed = byKey_.find(member.key);
-    if (!member.isNoted()) {
+    if (!member.isRemarked()) {
       if (listed != byKey_.end()) {
         byKey_.erase(listed);
       }
@@ -365,13 +568,13 @@ class JsonReader::LastValues {
     Notes& notes = listed != byKey_.end() ? listed->second : byKey_[std::string{member.key}];
     notes.order = count_++;
     notes.wrong = member.takeNote();
-    auto& dropped = member.document.dropped;
-    const auto first = dropped.begin() + static_cast<std::ptrdiff_t>(member.droppedBefore);
-    notes.dropped.assign(std::move_iterator{first}, std::move_iterator{dropped.end()});
-    dropped.erase(first, dropped.end());
+    auto& remarks = member.document.remarks;
+    const auto first = remarks.begin() + static_cast<std::ptrdiff_t>(member.remarksBefore);
+    notes.remarks.assign(std::move_iterator{first}, std::move_iterator{remarks.end()});
+    remarks.erase(first, remarks.end());
   }
 
-  // Passes on the first wrong member, and what all of them dropped, in the order of the document.
+  // Passes on the first wrong member, and what was remarked about all of them, in the order of the document.
   void noteIn(Document& document) {
     std::vector<decltype(byKey_)::value_type*> inOrder;
     inOrder.reserve(byKey_.size());
@@ -382,7 +585,7 @@ class JsonReader::LastValues {
     bool isFirst = true;
     for (auto* entry : inOrder) {
       auto& [key, notes] = *entry;
-      std::ranges::move(notes.dropped, std::back_inserter(document.dropped));
+      std::ranges::move(notes.remarks, std::back_inserter(document.remarks));
       if (notes.wrong && std::exchange(isFirst, false)) {
         prependMember(notes.wrong->path, key);
         document.notes.push_back(*std::move(notes.wrong));
@@ -394,7 +597,7 @@ class JsonReader::LastValues {
   struct Notes {
     std::size_t order;
     std::optional<JsonError> wrong;
-    std::vector<JsonError> dropped;
+    std::vector<Document::Remark> remarks;
   };
 
   std::map<std::string, Notes, std::less<>> byKey_;
@@ -403,61 +606,54 @@ class JsonReader::LastValues {
 
 template <class Visit>
 void JsonReader::Place::takeMembers(Visit visit) {
-  taken = true;
-  ondemand::object object;
-  if (!descend() || value.get_object().get(object) != simdjson::SUCCESS) {
-    document.fail(where());
+  if (!descend()) {
+    return;
+  }
+  if (document.first(document.next) == '}') {
+    ++document.next;
     return;
   }
   LastValues noted;
-  for (auto member : object) {
-    ondemand::field field;
-    if (std::move(member).get(field) != simdjson::SUCCESS) {
-      document.fail(document.location());
+  Place place{document, this, Step::member, depth + 1};
+  do {
+    const Document::Token name = document.next;
+    if (document.first(name) != '"') {
+      document.fail(document.place(name));
       return;
     }
-    const auto name = keyOf(field);
-    if (!name) {
+    const Document::Token colon = name + 1;
+    if (document.first(colon) != ':') {
+      document.fail(document.place(colon));
       return;
     }
-    Place place{document, this, *name, 0, Step::member, depth + 1, field.value()};
+    const auto resolved = document.resolved(document.betweenQuotes(name, colon));
+    if (!resolved) {
+      return;
+    }
+    document.next = colon + 1;
+    place.key = *resolved;
+    place.goOn();
     visit(place);
     place.finish();
     if (document.failed()) {
       return;
     }
-    if (place.isNoted() || !noted.empty()) {
+    if (place.isRemarked() || !noted.empty()) {
       noted.take(place);
     }
+  } while (isFollowed('}'));
+  if (!document.failed() && !noted.empty()) {
+    noted.noteIn(document);
   }
-  noted.noteIn(document);
 }
 
-// The one element of the list that the document was wrapped into.
 template <class Visit>
 void JsonReader::Document::read(Visit visit) {
-  ondemand::array list;
-  if (parsed.get_array().get(list) != simdjson::SUCCESS) {
-    fail(end);
-    return;
-  }
-  bool found = false;
-  for (auto element : list) {
-    ondemand::value value;
-    if (std::move(element).get(value) != simdjson::SUCCESS || found) {
-      fail(location());
-      return;
-    }
-    found = true;
-    Place root{*this, nullptr, {}, 0, Place::Step::root, 0, value};
-    visit(root);
-    root.finish();
-    if (failed()) {
-      return;
-    }
-  }
-  if (const char* rest = nullptr; !found || parsed.current_location().get(rest) != simdjson::OUT_OF_BOUNDS) {
-    fail(location());
+  Place root{*this, nullptr, Place::Step::root, 0};
+  visit(root);
+  root.finish();
+  if (next != last) {
+    fail(place(next));
   }
 }
 
@@ -509,6 +705,11 @@ std::optional<double> JsonReader::number() {
   if (kind() != Kind::number) {
     return refuse(expected("a number", kind()));
   }
+  if (const auto decimal = shortDecimal(place_->takeToken())) {
+    if (const auto value = nearestFloat(*decimal)) {
+      return value;
+    }
+  }
   const auto literal = place_->takeNumber();
   if (!literal) {
     return std::nullopt;
@@ -523,6 +724,9 @@ std::optional<double> JsonReader::number() {
 std::optional<std::int64_t> JsonReader::integer() {
   if (kind() != Kind::number) {
     return refuse(expected("an integer", kind()));
+  }
+  if (const auto decimal = shortDecimal(place_->takeToken()); decimal && decimal->places == 0) {
+    return decimal->digits;
   }
   const auto literal = place_->takeNumber();
   if (!literal) {
@@ -546,6 +750,38 @@ bool JsonReader::null() {
   }
   place_->takeNull();
   return true;
+}
+
+std::optional<std::string> JsonReader::json() {
+  place_->finish();
+  Document& document = place_->document;
+  if (document.failed()) {
+    return std::nullopt;
+  }
+  return withoutBlanks(document.upTo(document.next, place_->where()));
+}
+
+std::size_t JsonReader::scalarsInList() const noexcept {
+  const Document& document = place_->document;
+  if (kind() != Kind::list || document.first(place_->token + 1) == ']') {
+    return 0;
+  }
+  std::size_t commas = 0;
+  for (auto token = place_->token + 1; token != document.last; ++token) {
+    switch (document.first(token)) {
+      case ',':
+        ++commas;
+        break;
+      case ']':
+        return commas + 1;
+      case '[':
+      case '{':
+        return 0;
+      default:
+        break;
+    }
+  }
+  return 0;
 }
 
 bool JsonReader::forEachMember(void (*visit)(void*, std::string_view, JsonReader&), void* state) {
@@ -587,50 +823,52 @@ void JsonReader::refuseAbsent(std::string_view key) {
   }
 }
 
+void JsonReader::forgive() { place_->takeNote(); }
+
 void JsonReader::drop() {
   Document& document = place_->document;
+  auto& remarks = document.remarks;
+  const auto within = remarks.begin() + static_cast<std::ptrdiff_t>(place_->remarksBefore);
+  remarks.erase(std::remove_if(within, remarks.end(), std::mem_fn(&Document::Remark::stops)), remarks.end());
   auto note = place_->takeNote();
-  if (document.failed() || !document.listsDropped) {
-    return;
+  if (note && document.listsDropped) {
+    place_->prependSteps(note->path);
+    remarks.push_back({*std::move(note), /*stops=*/false});
   }
-  if (!note) {
-    programmingError("an element is dropped about which nothing was noted");
-  }
-  for (const Place* place = place_; place != nullptr; place = place->parent) {
-    place->prependStep(note->path);
-  }
-  document.dropped.push_back(*std::move(note));
+}
+
+void JsonReader::stop(std::string message) {
+  JsonError error{{}, std::move(message)};
+  place_->prependSteps(error.path);
+  place_->document.remarks.push_back({std::move(error), /*stops=*/true});
 }
 
 std::expected<void, JsonError> readJson(std::string_view json, DateStrategy dates,
                                         std::vector<JsonError>* dropped, void* state,
                                         void (*visit)(void* state, JsonReader& root)) {
-  // The parser wants padding behind the text, so the text is copied; in brackets, because it knows an element
-  // of a list better than a scalar at the root. What would end the list early or go on after it is not
-  // well-formed.
-  std::string wrapped;
-  wrapped.reserve(json.size() + 2 + simdjson::SIMDJSON_PADDING);
-  wrapped += '[';
-  wrapped += json;
-  wrapped += ']';
-
-  ondemand::parser parser;
+  const auto unreadable = [](const char* why) { return std::unexpected(JsonError{{}, why}); };
+  std::unique_ptr<simdjson::internal::dom_parser_implementation> parser;
+  if (const auto& best = simdjson::get_active_implementation();
+      best->create_dom_parser_implementation(json.size(), /*max_depth=*/1, parser) != simdjson::SUCCESS) {
+    return unreadable("the document is too large");
+  }
+  const auto indexed = parser->stage1(reinterpret_cast<const std::uint8_t*>(json.data()), json.size(),
+                                      simdjson::stage1_mode::regular);
+  if (indexed == simdjson::UTF8_ERROR) {
+    return unreadable("the document is not valid UTF-8");
+  }
+  const std::uint32_t* const tokens = parser->structural_indexes.get();
   JsonReader::Document document{.dates = dates,
                                 .listsDropped = dropped != nullptr,
-                                .begin = wrapped.data() + 1,
-                                .end = wrapped.data() + 1 + json.size(),
-                                .parsed = {},
+                                .text = json,
+                                .next = tokens,
+                                .last = tokens + parser->n_structural_indexes,
                                 .notes = {},
-                                .dropped = {},
-                                .syntaxError = {}};
-  const auto indexed =
-      parser.iterate(wrapped.data(), wrapped.size(), wrapped.capacity()).get(document.parsed);
-  if (indexed == simdjson::UTF8_ERROR) {
-    document.syntaxError = JsonError{{}, "the document is not valid UTF-8"};
-  } else if (indexed == simdjson::CAPACITY || indexed == simdjson::MEMALLOC) {
-    document.syntaxError = JsonError{{}, "the document is too large"};
-  } else if (indexed != simdjson::SUCCESS) {
-    document.fail(document.end);
+                                .remarks = {},
+                                .syntaxError = {},
+                                .unescaped = {}};
+  if (indexed != simdjson::SUCCESS) {
+    document.fail(json.data() + json.size());
   } else {
     document.read([&](JsonReader::Place& root) {
       JsonReader reader{root};
@@ -638,15 +876,17 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
     });
   }
 
-  auto& error = document.syntaxError;
-  if (!error && !document.notes.empty()) {
-    error = std::move(document.notes.front());
+  if (document.failed()) {
+    return std::unexpected(*std::move(document.syntaxError));
   }
-  if (error) {
-    return std::unexpected(*std::move(error));
+  if (!document.notes.empty()) {
+    return std::unexpected(std::move(document.notes.front()));
   }
-  if (dropped != nullptr) {
-    std::ranges::move(document.dropped, std::back_inserter(*dropped));
+  for (auto& [error, stops] : document.remarks) {
+    if (stops) {
+      programmingError(error.text());
+    }
+    dropped->push_back(std::move(error));
   }
   return {};
 }

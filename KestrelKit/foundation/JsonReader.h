@@ -3,6 +3,7 @@
 #include <KestrelKit/foundation/DateStrategy.h>
 #include <KestrelKit/foundation/JsonError.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <optional>
@@ -48,6 +49,13 @@ class JsonReader {
   /// Reads a `null` if one is here, and says whether it was.
   bool null();
 
+  /// The value here as JSON, whatever it is: as it stands in the document, without the blanks between its
+  /// tokens.
+  std::optional<std::string> json();
+
+  /// How many elements the list here has, to make room for them, when none is an object or a list; else 0.
+  std::size_t scalarsInList() const noexcept;
+
   /// Calls `visit(std::string_view key, JsonReader& value)` for each member of the object here, in order,
   /// repeated keys included; the key is valid during the call. False, and noted, when no object is here or a
   /// member is wrong.
@@ -73,10 +81,18 @@ class JsonReader {
   /// Notes that the object here lacks the member `key`.
   void refuseAbsent(std::string_view key);
 
+  /// Forgets what was noted about the value here: the form tries another reading, or does without the value.
+  void forgive();
+
   /// A form found the value here wrong, and whoever called it gives up only this value, an element of a lossy
   /// list: the document is not refused for it. What was noted becomes the reason in the list of what was
   /// dropped, where the caller of the decoder asked for one.
   void drop();
+
+  /// Notes that the value here, which is not wrong, breaks a rule that is taken for granted. It is a
+  /// programming error, `message` behind the path, unless the document is refused or the value does not
+  /// stand: an element that holds it is dropped, or its key is repeated.
+  void stop(std::string message);
 
  private:
   struct Document;

@@ -1,16 +1,14 @@
 #include "JsonPath.h"
 
 #include <KestrelKit/foundation/JsonWriter.h>
-
-#include <rapidjson/encodings.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
+#include <KestrelKit/foundation/Utf8.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <optional>
 #include <ranges>
@@ -20,46 +18,91 @@
 namespace kestrel {
 namespace {
 
-using CheckingWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::UTF8<>,
-                                         rapidjson::CrtAllocator, rapidjson::kWriteValidateEncodingFlag>;
+// The longest text that a decoder takes.
+constexpr std::size_t longest = std::numeric_limits<std::uint32_t>::max();
 
-/// Printable ASCII that stands in JSON as it is, which most texts and nearly all keys are.
+// Whether `c` stands in JSON text as it is, taken for a character of its own.
+constexpr bool isPlain(char c) noexcept { return c >= ' ' && c != '"' && c != '\\'; }
+
+// Whether all of `text` is ASCII that stands as it is, as most texts and nearly all keys are.
 bool isPlain(std::string_view text) noexcept {
-  return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
+  constexpr std::uint64_t each = 0x0101'0101'0101'0101U;
+  constexpr std::uint64_t high = each * 0x80;
+  // A byte below another one borrows into its highest bit; one that is 0 after the exclusive or is that one.
+  constexpr auto isEightPlain = [](const char* place) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, place, sizeof bytes);
+    const std::uint64_t quotes = bytes ^ (each * '"');
+    const std::uint64_t backslashes = bytes ^ (each * '\\');
+    return (((bytes - each * ' ') | bytes | (quotes - each) | (backslashes - each)) & high) == 0;
+  };
+  constexpr std::size_t step = sizeof(std::uint64_t);
+  if (text.size() < step) {
+    return std::ranges::all_of(text, [](char c) { return isPlain(c); });
+  }
+  for (std::size_t place = 0; place + step < text.size(); place += step) {
+    if (!isEightPlain(text.data() + place)) {
+      return false;
+    }
+  }
+  return isEightPlain(text.data() + text.size() - step);
 }
 
-/// Copies plain text as a whole; the library goes from character to character.
-class Writer : public CheckingWriter {
- public:
-  using CheckingWriter::CheckingWriter;
-
-  /// A text or a key, not too long for the library. False, and nothing is written, when it is not valid
-  /// UTF-8.
-  bool text(std::string_view value) {
-    if (!isPlain(value)) {
-      return String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
-    }
-    Prefix(rapidjson::kStringType);
-    char* place = os_->Push(value.size() + 2);
-    *place = '"';
-    *std::ranges::copy(value, place + 1).out = '"';
-    return true;
-  }
-};
-
 // Long enough for 17 digits with sign, point, leading zeros of 1e-6 and an exponent.
-using NumberText = std::array<char, 32>;
+constexpr std::size_t longestNumber = 32;
 
-// The longest text that the library takes.
-constexpr std::size_t longest = std::numeric_limits<rapidjson::SizeType>::max();
+// A number below 1e9 of at most six decimal places, which most are that were measured or rounded; null, and
+// nothing is written, for others.
+//
+// The division is of two numbers that a 64-bit float holds, and rounds once: that it gives `value` says that
+// the decimal reads back to it. No two decimals of up to 15 digits read as the same float, so that none with
+// fewer digits does.
+char* writeShortDecimal(double value, char* to) noexcept {
+  constexpr std::int64_t scale = 1'000'000;
+  constexpr int mostPlaces = 6;
+  constexpr double beyond = 1e15;
+  const double scaled = std::abs(value) * scale;
+  if (!(scaled < beyond)) {
+    return nullptr;
+  }
+  const auto digits = static_cast<std::int64_t>(scaled + 0.5);
+  if (static_cast<double>(digits) / scale != std::abs(value)) {
+    return nullptr;
+  }
+  if (value < 0) {
+    *to++ = '-';
+  }
+  to = std::to_chars(to, to + longestNumber, digits / scale).ptr;
+  std::int64_t fraction = digits % scale;
+  if (fraction == 0) {
+    return to;
+  }
+  int places = mostPlaces;
+  for (; fraction % 10 == 0; fraction /= 10) {
+    --places;
+  }
+  *to++ = '.';
+  for (char* place = to + places; place != to; fraction /= 10) {
+    *--place = static_cast<char>('0' + fraction % 10);
+  }
+  return to + places;
+}
 
-std::string_view numberText(double value, NumberText& text) noexcept {
+char* writeNumber(double value, char* to) noexcept {
   if (value == 0) {
-    return std::signbit(value) ? "-0.0" : "0";
+    constexpr std::string_view negativeZero = "-0.0";
+    if (std::signbit(value)) {
+      return std::ranges::copy(negativeZero, to).out;
+    }
+    *to = '0';
+    return to + 1;
+  }
+  if (char* const end = writeShortDecimal(value, to)) {
+    return end;
   }
   const double size = std::abs(value);
   const bool plain = size >= 1e-6 && size < 1e15;
-  char* end = std::to_chars(text.data(), text.data() + text.size(), value,
+  char* end = std::to_chars(to, to + longestNumber, value,
                             plain ? std::chars_format::fixed : std::chars_format::scientific)
                   .ptr;
   // `1.5e-07`: an exponent has at least two digits, of which the first may be a 0.
@@ -67,12 +110,43 @@ std::string_view numberText(double value, NumberText& text) noexcept {
     end[-2] = end[-1];
     --end;
   }
-  return {text.data(), end};
+  return end;
 }
 
+// Text that grows by doubling. Who writes asks for room once a token, and not for more than fits in memory
+// beside what is there.
+class GrowingText {
+ public:
+  // Where `size` bytes may be written; the end of what was goes to wroteUpTo().
+  char* room(std::size_t size) {
+    if (text_.size() - size_ < size) {
+      grow(size);
+    }
+    return text_.data() + size_;
+  }
+
+  void wroteUpTo(const char* end) noexcept { size_ = static_cast<std::size_t>(end - text_.data()); }
+
+  void append(std::string_view bytes) { wroteUpTo(std::ranges::copy(bytes, room(bytes.size())).out); }
+
+  std::string take() && {
+    text_.resize(size_);
+    return std::move(text_);
+  }
+
+ private:
+  void grow(std::size_t size) {
+    constexpr std::size_t smallest = 256;
+    const std::size_t needed = std::max({smallest, 2 * text_.size(), size_ + size});
+    text_.resize_and_overwrite(needed, [](char*, std::size_t all) { return all; });
+  }
+
+  std::string text_;  // what is behind the first `size_` bytes is not written yet
+  std::size_t size_ = 0;
+};
+
 // The well-formed document `compact`, which has no blanks between tokens, with two spaces for each level. An
-// empty object or list stays on its line. (The library's own indenting writer does not compile with checked
-// encodings.)
+// empty object or list stays on its line.
 std::string indented(std::string_view compact) {
   std::string result;
   std::size_t level = 0;
@@ -110,18 +184,76 @@ std::string indented(std::string_view compact) {
 }  // namespace
 
 struct JsonWriter::Document {
+  enum class Kind { root, list, object };
+
   // What is open around the value to come.
   struct Level {
-    bool list;
-    std::size_t index;     // of the element to come
+    Kind kind;
+    std::size_t count;     // of the values before it
     std::string_view key;  // of the member to come
   };
 
-  explicit Document(DateStrategy strategy) : dates(strategy), writer(buffer) {}
+  explicit Document(DateStrategy strategy) : dates(strategy) {}
 
-  void count() noexcept {
-    if (!levels.empty()) {
-      ++levels.back().index;
+  // Room for at most `size` bytes of a value, behind the comma that it may need.
+  char* roomForValue(std::size_t size) {
+    char* place = text.room(size + 1);
+    const Level& level = levels.back();
+    if (level.kind == Kind::list && level.count != 0) {
+      *place++ = ',';
+    }
+    return place;
+  }
+
+  void wroteValueUpTo(const char* end) noexcept {
+    text.wroteUpTo(end);
+    ++levels.back().count;
+  }
+
+  void writeValue(std::string_view bytes) {
+    wroteValueUpTo(std::ranges::copy(bytes, roomForValue(bytes.size())).out);
+  }
+
+  void open(Kind kind, char bracket) {
+    char* const place = roomForValue(1);
+    *place = bracket;
+    text.wroteUpTo(place + 1);
+    levels.push_back({.kind = kind, .count = 0, .key = {}});
+  }
+
+  void close(char bracket) {
+    levels.pop_back();
+    char* const place = text.room(1);
+    *place = bracket;
+    wroteValueUpTo(place + 1);
+  }
+
+  // What lies behind the quote that has been written, up to the quote that ends it; valid UTF-8.
+  void writeEscaped(std::string_view value) {
+    while (true) {
+      const auto escaped =
+          std::ranges::find_if(value, [](char c) { return !isPlain(c) && static_cast<signed char>(c) >= 0; });
+      const auto plain = static_cast<std::size_t>(escaped - value.begin());
+      text.append(value.substr(0, plain));
+      if (plain == value.size()) {
+        break;
+      }
+      writeEscape(value[plain]);
+      value.remove_prefix(plain + 1);
+    }
+    text.append("\"");
+  }
+
+  void writeEscape(char c) {
+    constexpr std::string_view meant = "\"\\\b\f\n\r\t";
+    constexpr std::string_view letters = "\"\\bfnrt";
+    constexpr std::string_view hexadecimal = "0123456789ABCDEF";
+    if (const std::size_t which = meant.find(c); which != std::string_view::npos) {
+      text.append("\\");
+      text.append(letters.substr(which, 1));
+    } else {
+      text.append(c < 0x10 ? "\\u000" : "\\u001");
+      text.append(hexadecimal.substr(static_cast<std::size_t>(c) % 0x10, 1));
     }
   }
 
@@ -131,9 +263,9 @@ struct JsonWriter::Document {
     }
     std::string path;
     for (const Level& level : std::views::reverse(levels)) {
-      if (level.list) {
-        prependElement(path, level.index);
-      } else {
+      if (level.kind == Kind::list) {
+        prependElement(path, level.count);
+      } else if (level.kind == Kind::object) {
         prependMember(path, level.key);
       }
     }
@@ -141,9 +273,8 @@ struct JsonWriter::Document {
   }
 
   DateStrategy dates;
-  rapidjson::StringBuffer buffer;
-  Writer writer;
-  std::vector<Level> levels;
+  GrowingText text;
+  std::vector<Level> levels{{.kind = Kind::root, .count = 0, .key = {}}};
   std::optional<JsonError> error;
 };
 
@@ -152,19 +283,13 @@ JsonWriter::~JsonWriter() = default;
 
 DateStrategy JsonWriter::dateStrategy() const noexcept { return document_->dates; }
 
-void JsonWriter::null() {
-  document_->writer.Null();
-  document_->count();
-}
+void JsonWriter::null() { document_->writeValue("null"); }
 
-void JsonWriter::boolean(bool value) {
-  document_->writer.Bool(value);
-  document_->count();
-}
+void JsonWriter::boolean(bool value) { document_->writeValue(value ? "true" : "false"); }
 
 void JsonWriter::integer(std::int64_t value) {
-  document_->writer.Int64(value);
-  document_->count();
+  char* const place = document_->roomForValue(longestNumber);
+  document_->wroteValueUpTo(std::to_chars(place, place + longestNumber, value).ptr);
 }
 
 void JsonWriter::number(double value) {
@@ -172,10 +297,7 @@ void JsonWriter::number(double value) {
     refuse("is not a finite number");
     return;
   }
-  NumberText buffer;
-  const std::string_view text = numberText(value, buffer);
-  document_->writer.RawValue(text.data(), text.size(), rapidjson::kNumberType);
-  document_->count();
+  document_->wroteValueUpTo(writeNumber(value, document_->roomForValue(longestNumber)));
 }
 
 void JsonWriter::text(std::string_view value) {
@@ -183,55 +305,65 @@ void JsonWriter::text(std::string_view value) {
     refuse("is text of 4 GiB or more");
     return;
   }
-  if (!document_->writer.text(value)) {
-    document_->note("is not valid UTF-8");
+  if (isPlain(value)) {
+    char* place = document_->roomForValue(value.size() + 2);
+    *place++ = '"';
+    place = std::ranges::copy(value, place).out;
+    *place++ = '"';
+    document_->wroteValueUpTo(place);
+    return;
   }
-  document_->count();
+  if (invalidUtf8(value)) {
+    refuse("is not valid UTF-8");
+    return;
+  }
+  document_->writeValue("\"");
+  document_->writeEscaped(value);
 }
 
-void JsonWriter::openObject() {
-  document_->writer.StartObject();
-  document_->levels.push_back({.list = false, .index = 0, .key = {}});
-}
+void JsonWriter::json(std::string_view value) { document_->writeValue(value); }
+
+void JsonWriter::openObject() { document_->open(Document::Kind::object, '{'); }
 
 void JsonWriter::key(std::string_view key) {
+  auto& [dates, text, levels, error] = *document_;
   const auto refuseKey = [&](const char* why) {
-    const auto object = document_->levels.back();  // the path is that of the object
-    document_->levels.pop_back();
+    const auto object = levels.back();  // the path is that of the object
+    levels.pop_back();
     document_->note(why);
-    document_->levels.push_back(object);
+    levels.push_back(object);
   };
+  Document::Level& object = levels.back();
+  const bool isFirst = object.count == 0;
+  object.key = key;
+  char* place = text.room(2);
+  if (!isFirst) {
+    *place++ = ',';
+  }
+  *place++ = '"';
+  text.wroteUpTo(place);
   if (key.size() > longest) {
     refuseKey("has a key of 4 GiB or more");
-    key = {};
-  }
-  if (!document_->writer.text(key)) {
+  } else if (isPlain(key)) {
+    place = std::ranges::copy(key, text.room(key.size() + 2)).out;
+    *place++ = '"';
+    *place++ = ':';
+    text.wroteUpTo(place);
+  } else if (invalidUtf8(key)) {
     refuseKey("has a key that is not valid UTF-8");
+  } else {
+    document_->writeEscaped(key);
+    text.append(":");
   }
-  document_->levels.back().key = key;
 }
 
-void JsonWriter::closeObject() {
-  document_->levels.pop_back();
-  document_->writer.EndObject();
-  document_->count();
-}
+void JsonWriter::closeObject() { document_->close('}'); }
 
-void JsonWriter::openList() {
-  document_->writer.StartArray();
-  document_->levels.push_back({.list = true, .index = 0, .key = {}});
-}
+void JsonWriter::openList() { document_->open(Document::Kind::list, '['); }
 
-void JsonWriter::closeList() {
-  document_->levels.pop_back();
-  document_->writer.EndArray();
-  document_->count();
-}
+void JsonWriter::closeList() { document_->close(']'); }
 
-void JsonWriter::endLine() {
-  document_->buffer.Put('\n');
-  document_->writer.Reset(document_->buffer);
-}
+void JsonWriter::endLine() { document_->text.append("\n"); }
 
 void JsonWriter::refuse(std::string message) {
   document_->note(std::move(message));
@@ -242,8 +374,8 @@ std::expected<std::string, JsonError> JsonWriter::finish(JsonLayout layout) {
   if (auto& error = document_->error) {
     return std::unexpected(*std::move(error));
   }
-  const std::string_view compact{document_->buffer.GetString(), document_->buffer.GetSize()};
-  return layout == JsonLayout::compact ? std::string{compact} : indented(compact);
+  std::string compact = std::move(document_->text).take();
+  return layout == JsonLayout::compact ? std::move(compact) : indented(compact);
 }
 
 }  // namespace kestrel

@@ -35,6 +35,9 @@ class JsonWriter {
   /// `/` and what lies outside ASCII stand plainly. Text of 4 GiB or more has no JSON form.
   void text(std::string_view value);
 
+  /// A value that is JSON already, well-formed and without blanks between its tokens.
+  void json(std::string_view value);
+
   void openObject();
   void key(std::string_view
                key);  ///< The next value belongs to `key`, which must live until its object is closed.

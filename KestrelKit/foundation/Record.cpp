@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace kestrel {
 namespace {
@@ -20,14 +21,13 @@ bool readFields(JsonReader& value, JsonFields fields, void* record) {
   Places seen = 0;
   std::size_t likely = 0;  // keys mostly come in the order of the declaration
   const bool isRight = value.forEachMember([&](std::string_view key, JsonReader& member) {
-    for (std::size_t tried = 0; tried < fields.size(); ++tried, likely = (likely + 1) % fields.size()) {
-      if (fields[likely].key != key) {
-        continue;
+    for (std::size_t tried = 0; tried < fields.size(); ++tried) {
+      const std::size_t place = std::exchange(likely, likely + 1 < fields.size() ? likely + 1 : 0);
+      if (fields[place].key == key) {
+        seen |= Places{1} << place;
+        fields[place].read(member, record);
+        return;
       }
-      seen |= Places{1} << likely;
-      fields[likely].read(member, record);
-      likely = (likely + 1) % fields.size();
-      return;
     }
   });
   if (!isRight) {
