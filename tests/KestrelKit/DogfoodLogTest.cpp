@@ -89,7 +89,7 @@ TEST(DogfoodLogEvent, readsAndWritesEachField) {
   const auto event = testing::expectStrictFields<Event>(
       JSONCoders::decoder, JSONCoders::encoder,
       {{"timestamp", R"("2024-05-01T08:30:00Z")", "1", "expected text, found a number"},
-       {"kind", R"("shadow")", R"("Shadow")", R"("Shadow" is not one of classifier, selfReport, shadow)"},
+       {"kind", R"("shadow")", R"("verdict")", R"("verdict" is not one of classifier, selfReport, shadow)"},
        {"date", R"("2024-05-01")", "20240501", "expected text, found a number"},
        {"stateRaw", R"("Manic")", "[]", "expected text, found a list"},
        {"confidence", "80", "80.5", "80.5 is not an integer of 64 bits", /*isOptional=*/true},

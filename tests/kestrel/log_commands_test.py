@@ -115,6 +115,21 @@ class LogCommands(KestrelTestCase):
                           ["log", "export", "--file", str(self.file)]):
             self.assertEqual(self.output(*arguments), OLD)
 
+    def test_each_example_of_the_help_works_as_it_stands(self):
+        event = r'"timestamp": "[^"]*",\n    "kind": "selfReport",\n    "date": "2024-05-01",\n    "stateRaw": "Mania",'
+        outputs = {"": r"\[\]\n", "events": rf'\[\n  {{\n    {event}\n    "source": "manual"\n  }}\n\]\n',
+                   "latest": r"{}\n", "missed-elevated": r"1\n"}
+        for command in ("", "classification", "shadow", "self-report", "events", "latest", "export", "missed-elevated",
+                        "clear"):
+            with self.subTest(command=command):
+                block = self.output("log", *command.split(), "--help").split("\nExample:\n")[1].split("\n\n")[0]
+                example = "".join(line + "\n" for line in block.splitlines() if not line.startswith(" " * 6))
+                done = subprocess.run(["sh", "-euc", example], capture_output=True, encoding="utf-8", check=False,
+                                      env={**os.environ, "TMPDIR": str(self.folder),
+                                           "PATH": f"{pathlib.Path(KESTREL).parent}:{os.environ['PATH']}"})
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                self.assertRegex(done.stdout, rf"\A{outputs.get(command, '')}\Z")
+
     # The log of the shared container
 
     def test_without_a_file_the_log_is_that_of_the_shared_container(self):

@@ -8,6 +8,7 @@
 #include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/model/JSONCoders.h>
 #include <support/RandomAggregates.h>
+#include <support/RandomLogEvents.h>
 
 #include <rapidcheck.h>
 
@@ -62,6 +63,7 @@ constexpr Kind kinds[] = {
     kindOf<SyncRequest>("sync-request"),
     kindOf<SyncResponse>("sync-response"),
     kindOf<SignalProcessingContract>("contract"),
+    kindOf<DogfoodLog::Event>("log-event"),
 };
 
 int run(const Kind& kind, std::string_view what, int count) {
