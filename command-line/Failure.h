@@ -10,6 +10,8 @@ namespace kestrel {
 struct Failure {
   ExitStatus status = ExitStatus::refused;
   std::string message;  ///< What is wrong, without the program's name. It is printed as one line.
+  /// What a check found, if that was its failure: printed on standard output, and no message.
+  std::string findings{};
 };
 
 }  // namespace kestrel

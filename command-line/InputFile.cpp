@@ -1,7 +1,5 @@
 #include <command-line/InputFile.h>
-
-#include "StandardStreams.h"
-
+#include <command-line/StandardStreams.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
@@ -52,14 +50,14 @@ std::size_t likelySize(int descriptor) {
 
 }  // namespace
 
-InputFile::InputFile(CLI::App& app, const std::string& what) {
-  app.add_option("FILE", path_, what)->type_name("FILE")->default_str("-, standard input");
+InputFile::InputFile(CLI::App& app, const std::string& what, const std::string& otherwise) {
+  app.add_option("FILE", path_, what)->type_name("FILE")->default_str(otherwise);
 }
 
 bool InputFile::isTyped() const { return isStandardInput() && isatty(STDIN_FILENO) == 1; }
 
 std::unexpected<Failure> InputFile::failure(std::string_view reason, ExitStatus status) const {
-  const std::string name = isStandardInput() ? "standard input" : path_.empty() ? "\"\"" : path_;
+  const std::string name = isStandardInput() ? "standard input" : path_->empty() ? "\"\"" : *path_;
   return std::unexpected(Failure{status, fmt::format("{}: {}", name, reason)});
 }
 
@@ -79,7 +77,7 @@ std::expected<std::size_t, Failure> InputFile::readSome(int descriptor, std::spa
 }
 
 std::expected<std::string, Failure> InputFile::read() const {
-  const Descriptor descriptor(isStandardInput() ? nullptr : &path_);
+  const Descriptor descriptor(isStandardInput() ? nullptr : &*path_);
   if (descriptor.number() < 0) {
     return systemFailure();
   }
@@ -102,7 +100,7 @@ std::expected<std::string, Failure> InputFile::read() const {
 }
 
 std::expected<void, Failure> InputFile::readLines(const LinesTaker& take) const {
-  const Descriptor descriptor(isStandardInput() ? nullptr : &path_);
+  const Descriptor descriptor(isStandardInput() ? nullptr : &*path_);
   if (descriptor.number() < 0) {
     return systemFailure();
   }

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <expected>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,14 +14,16 @@
 namespace kestrel {
 
 /// The one document, or text, that a command reads: the file that its last argument names, or standard input
-/// where it names none or `-`.
+/// where it names none or `-`. Where a command has a document of its own it asks whether one is named.
 class InputFile {
  public:
-  /// Adds the argument to `app`. `what` says what the document is, in a sentence. To be kept as long as
-  /// `app` parses.
-  InputFile(CLI::App& app, const std::string& what);
+  /// Adds the argument to `app`. `what` says what the document is, in a sentence, and `otherwise` what is
+  /// taken where none is named. To be kept as long as `app` parses.
+  InputFile(CLI::App& app, const std::string& what, const std::string& otherwise = "-, standard input");
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
+
+  bool isNamed() const noexcept { return path_.has_value(); }
 
   /// Whether a person is about to type the document.
   bool isTyped() const;
@@ -37,7 +40,7 @@ class InputFile {
   [[nodiscard]] std::expected<void, Failure> readLines(const LinesTaker& take) const;
 
  private:
-  bool isStandardInput() const { return path_ == "-"; }
+  bool isStandardInput() const { return !path_ || path_ == "-"; }
 
   std::unexpected<Failure> failure(std::string_view reason, ExitStatus status) const;
   std::unexpected<Failure> systemFailure() const;
@@ -45,7 +48,7 @@ class InputFile {
   /// Fills some of `room`, and says how much; 0 is the end.
   std::expected<std::size_t, Failure> readSome(int descriptor, std::span<char> room) const;
 
-  std::string path_ = "-";
+  std::optional<std::string> path_;
 };
 
 }  // namespace kestrel

@@ -4,12 +4,12 @@
 #include "Completions.h"
 #include "HelpText.h"
 #include "ManPage.h"
-#include "StandardStreams.h"
 #include "StatusMeanings.h"
 
 #include <KestrelKit/foundation/ProgrammingError.h>
 #include <KestrelKit/foundation/QuotedText.h>
 #include <KestrelKit/foundation/TimeZone.h>
+#include <command-line/StandardStreams.h>
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
@@ -124,16 +124,16 @@ int Program::run(int argc, const char* const* argv) {
     return command.action()();
   }();
 
-  Failure failure;
-  if (!result) {
-    failure = result.error();
-  } else if (const auto written = writeToStandardOutput(*result); !written) {
-    failure = {ExitStatus::fileFailed, "standard output: " + written.error()};
-  } else {
-    return static_cast<int>(ExitStatus::done);
+  const bool prints = result || !result.error().findings.empty();
+  if (!prints) {
+    writeErrorLine(name, result.error().message);
+    return static_cast<int>(result.error().status);
   }
-  writeErrorLine(name, failure.message);
-  return static_cast<int>(failure.status);
+  if (const auto written = writeToStandardOutput(result ? *result : result.error().findings); !written) {
+    writeErrorLine(name, "standard output: " + written.error());
+    return static_cast<int>(ExitStatus::fileFailed);
+  }
+  return static_cast<int>(result ? ExitStatus::done : result.error().status);
 }
 
 }  // namespace kestrel

@@ -4,6 +4,7 @@
 #include <KestrelKit/WatchConnectionEvidence.h>
 #include <KestrelKit/WatchStateAcknowledgement.h>
 #include <KestrelKit/WatchStateSnapshot.h>
+#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/CircadianObservations.h>
 #include <KestrelKit/circadian/SleepInterval.h>
@@ -47,6 +48,7 @@ constexpr Row rows[] = {
     {'f', check<CircadianFeatures>},
     {'g', check<std::vector<SleepStageInterval>>},
     {'i', check<std::vector<SleepInterval>>},
+    {'l', check<DogfoodLog::Event>},
     {'m', check<std::vector<DailyMetrics>>},
     {'n', check<std::vector<SleepSession>>},
     {'o', check<CircadianObservations>},

@@ -1,7 +1,9 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
 #include <kestrel/CircadianCommands.h>
+#include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
+#include <kestrel/LogCommands.h>
 #include <kestrel/MoodStateCommands.h>
 #include <kestrel/NoteCommands.h>
 #include <kestrel/SignalCommands.h>
@@ -42,5 +44,7 @@ int main(int argc, char** argv) {
   addSignalCommands(program);
   addNoteCommands(program);
   addStoreCommands(program);
+  addLogCommands(program);
+  addFormatCommands(program);
   return program.run(argc, argv);
 }

@@ -1,9 +1,9 @@
+#include <KestrelKit/foundation/BundleFolders.h>
 #include <KestrelKit/foundation/ProgrammingError.h>
 #include <KestrelKit/foundation/ResourceBundle.h>
 
 #include <dlfcn.h>
 
-#include <array>
 #include <string>
 #include <system_error>
 
@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// candidateFolders(): where the bundle is looked for, in this order.
+// candidateFolders(): where the bundle of this process is looked for.
 
 #if defined(__APPLE__)
 
@@ -33,27 +33,19 @@ fs::path executableFile() {
   return fs::weakly_canonical(path.c_str(), error);
 }
 
-// `X.app` for `X.app/Contents/MacOS/program`; for a program outside a bundle the folder that it stands in.
-fs::path bundleAround(const fs::path& file) {
-  const fs::path contents = file.parent_path().parent_path();
-  return contents.filename() == "Contents" ? contents.parent_path() : file.parent_path();
-}
-
-std::array<fs::path, 3> candidateFolders() {
-  const fs::path mainBundle = bundleAround(executableFile());
-  const fs::path resources = mainBundle / "Contents" / "Resources";
+BundleFolders candidateFolders() {
+  const fs::path executable = executableFile();
   std::error_code error;
   Dl_info library{};
   const bool found = dladdr(reinterpret_cast<const void*>(&ResourceBundle::kestrelKit), &library) != 0;
-  return {fs::is_directory(resources, error) ? resources : mainBundle,
-          found ? bundleAround(fs::weakly_canonical(library.dli_fname, error)) : mainBundle, mainBundle};
+  return bundleFoldersOnMac(executable, found ? fs::weakly_canonical(library.dli_fname, error) : executable);
 }
 
 #else
 
-std::array<fs::path, 3> candidateFolders() {
+BundleFolders candidateFolders() {
   std::error_code error;
-  const fs::path executable = fs::read_symlink("/proc/self/exe", error).parent_path();
+  const fs::path executable = fs::read_symlink("/proc/self/exe", error);
   fs::path library = executable;
   Dl_info symbol{};
   void* handle = nullptr;
@@ -62,10 +54,10 @@ std::array<fs::path, 3> candidateFolders() {
               RTLD_DL_LINKMAP) != 0) {
     const auto* object = static_cast<const link_map*>(handle);
     if (object != nullptr && object->l_name != nullptr && *object->l_name != '\0') {
-      library = fs::weakly_canonical(object->l_name, error).parent_path();
+      library = fs::weakly_canonical(object->l_name, error);
     }
   }
-  return {executable.parent_path() / "share" / "kestrel", library, executable};
+  return bundleFolders(executable, library);
 }
 
 #endif

@@ -12,10 +12,8 @@ class ResourceBundle {
  public:
   /// The library's bundle: the first that opens of three candidates, looked for at the first call and kept.
   ///
-  /// On macOS they stand in the main bundle's resource folder, in the folder of the bundle that holds the
-  /// library, and in the main bundle's own folder; that branch is not exercised by the tests. Elsewhere they
-  /// stand in `share/kestrel` beside the folder of the executable, in the folder of the library (of the
-  /// executable, where it is linked statically), and in the executable's folder.
+  /// They stand where bundleFoldersOnMac() or, elsewhere, bundleFolders() has them. How the paths of the
+  /// executable and the library are asked for on macOS is not exercised by the tests.
   ///
   /// Where none opens the process ends, through programmingError() and so behind its usual beginning, with
   /// "unable to find bundle named KestrelKit_KestrelKit". Any thread.
