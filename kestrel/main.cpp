@@ -1,5 +1,6 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
+#include <kestrel/CheckCommand.h>
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
@@ -43,8 +44,9 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
-  addStoreCommands(program);
   addLogCommands(program);
   addFormatCommands(program);
+  addCheckCommand(program);
+  addStoreCommands(program);
   return program.run(argc, argv);
 }
