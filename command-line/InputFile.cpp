@@ -1,7 +1,5 @@
 #include <command-line/InputFile.h>
-
 #include <command-line/StandardStreams.h>
-
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>

@@ -1,6 +1,5 @@
 #include <command-line/Program.h>
 
-#include <command-line/StandardStreams.h>
 #include "CommandWords.h"
 #include "Completions.h"
 #include "HelpText.h"
@@ -10,6 +9,7 @@
 #include <KestrelKit/foundation/ProgrammingError.h>
 #include <KestrelKit/foundation/QuotedText.h>
 #include <KestrelKit/foundation/TimeZone.h>
+#include <command-line/StandardStreams.h>
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 

@@ -1,7 +1,5 @@
 #include <command-line/Progress.h>
-
 #include <command-line/StandardStreams.h>
-
 #include <fmt/format.h>
 #include <unistd.h>
 

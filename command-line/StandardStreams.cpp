@@ -1,6 +1,5 @@
-#include <command-line/StandardStreams.h>
-
 #include <KestrelKit/foundation/QuotedText.h>
+#include <command-line/StandardStreams.h>
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>

@@ -1,6 +1,10 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
 // decoder takes it gives back.
 
+#include <KestrelKit/WatchConnectionEvidence.h>
+#include <KestrelKit/WatchStateAcknowledgement.h>
+#include <KestrelKit/WatchStateSnapshot.h>
+#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/CircadianObservations.h>
 #include <KestrelKit/circadian/SleepInterval.h>
@@ -151,6 +155,7 @@ constexpr Row rows[] = {
     {'f', check<CircadianFeatures>},
     {'g', check<std::vector<SleepStageInterval>>},
     {'i', check<std::vector<SleepInterval>>},
+    {'l', check<DogfoodLog::Event>},
     {'m', check<std::vector<DailyMetrics>>},
     {'n', check<std::vector<SleepSession>>},
     {'o', check<CircadianObservations>},
@@ -159,6 +164,9 @@ constexpr Row rows[] = {
     {'s', check<std::vector<ShadowDay>>},
     {'t', check<ShadowSummary>},
     {'v', check<std::vector<VizDay>>},
+    {'E', check<WatchConnectionEvidence>},
+    {'R', check<WatchStateAcknowledgement>},
+    {'W', check<WatchStateSnapshot>},
 };
 
 }  // namespace

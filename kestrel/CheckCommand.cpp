@@ -1,3 +1,6 @@
+#include <KestrelKit/WatchConnectionEvidence.h>
+#include <KestrelKit/WatchStateAcknowledgement.h>
+#include <KestrelKit/WatchStateSnapshot.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/SleepSession.h>
 #include <KestrelKit/formats/AggregateBatchV2.h>
@@ -75,6 +78,9 @@ constexpr Kind kinds[] = {
     {"contract",               checked<SignalProcessingContract>},
     {"self-report",            checked<SelfReportData>},
     {"snapshot-self-reports",  checked<SnapshotSelfReportList>},
+    {"watch-state",            checked<WatchStateSnapshot>},
+    {"watch-receipt",          checked<WatchStateAcknowledgement>},
+    {"watch-evidence",         checked<WatchConnectionEvidence>},
 };
 // clang-format on
 

@@ -6,7 +6,6 @@
 #include <KestrelKit/circadian/SleepInterval.h>
 #include <KestrelKit/circadian/SleepStageInterval.h>
 #include <KestrelKit/foundation/Calendar.h>
-#include <KestrelKit/foundation/CivilDay.h>
 #include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/Record.h>
 #include <KestrelKit/foundation/TimeZone.h>
@@ -15,6 +14,7 @@
 #include <command-line/NumberArgument.h>
 #include <command-line/ValueOption.h>
 #include <kestrel/CircadianCommands.h>
+#include <kestrel/DayKeyArgument.h>
 #include <kestrel/JsonCommand.h>
 
 #include <memory>
@@ -24,11 +24,6 @@
 
 namespace kestrel {
 namespace {
-
-/// The day key `text`, when it names a day that exists.
-std::optional<std::string> dayKeyArgument(const std::string& text) {
-  return civilDayFromText(text) ? std::optional(text) : std::nullopt;
-}
 
 void addSleep(Command& program) {
   Command& command = program.addCommand({
@@ -59,7 +54,7 @@ void addSleep(Command& program) {
                  "The longest gap within a night, in minutes.")
       ->type_name("MINUTES")
       ->required();
-  addValueOption(command.arguments(), "--day", options->day, dayKeyArgument, "a day such as 2024-05-01",
+  addValueOption(command.arguments(), "--day", options->day, dayKeyArgument, dayKeyExpected,
                  "Read intervals with stages, and print the night of this day alone.")
       ->type_name("KEY");
   command.setAction([&command, file, options] {

@@ -4,9 +4,11 @@
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
+#include <kestrel/LogCommands.h>
 #include <kestrel/MoodStateCommands.h>
 #include <kestrel/NoteCommands.h>
 #include <kestrel/SignalCommands.h>
+#include <kestrel/StoreCommands.h>
 
 #include <string>
 
@@ -42,7 +44,9 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
+  addLogCommands(program);
   addFormatCommands(program);
   addCheckCommand(program);
+  addStoreCommands(program);
   return program.run(argc, argv);
 }

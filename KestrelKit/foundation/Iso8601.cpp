@@ -3,10 +3,9 @@
 #include <KestrelKit/foundation/CivilDay.h>
 #include <KestrelKit/foundation/Iso8601.h>
 
-#include <fmt/format.h>
-
 #include <chrono>
 #include <cmath>
+#include <cstddef>
 
 namespace kestrel {
 namespace {
@@ -66,13 +65,22 @@ std::optional<std::string> iso8601Text(Instant instant) {
   }
   const sys_seconds time{seconds{static_cast<seconds::rep>(since1970)}};
   const auto midnight = floor<days>(time);
-  const auto day = civilDayText(local_days{midnight.time_since_epoch()});
-  if (!day) {
-    return std::nullopt;
-  }
+  const year_month_day day{midnight};
   const hh_mm_ss clock{time - midnight};
-  return fmt::format("{}T{:02}:{:02}:{:02}Z", *day, clock.hours().count(),
-                     clock.minutes().count(), clock.seconds().count());
+  // Digit by digit: there is an instant to write for every event that was ever recorded.
+  std::string text = "0000-00-00T00:00:00Z";
+  const auto put = [&text](std::size_t behind, unsigned number) {
+    for (; number != 0; number /= 10) {
+      text[--behind] = static_cast<char>('0' + number % 10);
+    }
+  };
+  put(4, static_cast<unsigned>(static_cast<int>(day.year())));
+  put(7, static_cast<unsigned>(day.month()));
+  put(10, static_cast<unsigned>(day.day()));
+  put(13, static_cast<unsigned>(clock.hours().count()));
+  put(16, static_cast<unsigned>(clock.minutes().count()));
+  put(19, static_cast<unsigned>(clock.seconds().count()));
+  return text;
 }
 
 std::optional<Instant> instantFromIso8601(std::string_view text) noexcept {

@@ -7,9 +7,13 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <map>
+#include <mutex>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace kestrel {
@@ -94,6 +98,57 @@ bool isNeitherFileNorFolder(sqlite3_filename name) {
   return stat(name, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
 }
 
+/// The functions of a file, but that a flush goes on after a signal.
+struct GoingOnAfterSignals {
+  sqlite3_io_methods ours;  // First: a file that has these functions leads to the platform's.
+  const sqlite3_io_methods* platforms;
+};
+
+int sync(sqlite3_file* file, int flags) {
+  const auto* const methods = reinterpret_cast<const GoingOnAfterSignals*>(file->pMethods);
+  int result = SQLITE_OK;
+  do {
+    result = methods->platforms->xSync(file, flags);
+  } while (result == SQLITE_IOERR_FSYNC && errno == EINTR);
+  return result;
+}
+
+/// The platform has a table of functions for each of a few kinds of files.
+const sqlite3_io_methods* goingOnAfterSignals(const sqlite3_io_methods* platforms) {
+  static std::mutex mutex;
+  static std::map<const sqlite3_io_methods*, GoingOnAfterSignals> known;
+  const std::lock_guard locked(mutex);
+  const auto [place, isNew] = known.try_emplace(platforms, GoingOnAfterSignals{*platforms, platforms});
+  if (isNew) {
+    place->second.ours.xSync = sync;
+  }
+  return &place->second.ours;
+}
+
+int flushFolderOf(const std::string& file) {
+  const auto slash = file.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : file.substr(0, slash + 1);
+  const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) {
+    return SQLITE_IOERR_DIR_FSYNC;
+  }
+  int result = 0;
+  do {
+    result = fsync(descriptor);
+  } while (result != 0 && errno == EINTR);
+  close(descriptor);
+  return result == 0 ? SQLITE_OK : SQLITE_IOERR_DIR_FSYNC;
+}
+
+/// Removing a journal commits: what a signal interrupts is carried to its end.
+int remove(sqlite3_vfs*, const char* name, int syncFolder) {
+  int result = SQLITE_OK;
+  do {
+    result = platform->xDelete(platform, name, syncFolder);
+  } while (result == SQLITE_IOERR_DELETE && errno == EINTR);
+  return result == SQLITE_IOERR_DIR_FSYNC && errno == EINTR ? flushFolderOf(name) : result;
+}
+
 int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int* outFlags) {
   file->pMethods = nullptr;
   if (name && isNeitherFileNorFolder(name)) {
@@ -106,6 +161,9 @@ int open(sqlite3_vfs*, sqlite3_filename name, sqlite3_file* file, int flags, int
     file->pMethods->xClose(file);
     file->pMethods = nullptr;
     return SQLITE_CORRUPT;
+  }
+  if (result == SQLITE_OK && responsible == platform) {
+    file->pMethods = goingOnAfterSignals(file->pMethods);
   }
   return result;
 }
@@ -121,8 +179,7 @@ sqlite3_vfs ourFileSystem() {
       .zName = "kestrel",
       .pAppData = nullptr,
       .xOpen = open,
-      .xDelete = [](sqlite3_vfs*, const char* name,
-                    int sync) { return platform->xDelete(platform, name, sync); },
+      .xDelete = remove,
       .xAccess = [](sqlite3_vfs*, const char* name, int flags,
                     int* result) { return platform->xAccess(platform, name, flags, result); },
       .xFullPathname = [](sqlite3_vfs*, const char* name, int size,

@@ -68,4 +68,25 @@ std::optional<std::size_t> invalidUtf8(std::string_view text) noexcept {
   return std::nullopt;
 }
 
+bool Utf8Pieces::add(std::string_view piece) noexcept {
+  while (begunSize_ != 0 && !piece.empty()) {
+    if (begunSize_ == begun_.size()) {
+      return false;
+    }
+    begun_[begunSize_++] = piece.front();
+    piece.remove_prefix(1);
+    if (!invalidUtf8({begun_.data(), begunSize_})) {
+      begunSize_ = 0;
+    }
+  }
+  if (const auto place = invalidUtf8(piece)) {
+    piece.remove_prefix(*place);
+    if (piece.size() >= begun_.size()) {
+      return false;
+    }
+    begunSize_ = static_cast<std::size_t>(std::ranges::copy(piece, begun_.begin()).out - begun_.begin());
+  }
+  return begunSize_ < begun_.size();
+}
+
 }  // namespace kestrel

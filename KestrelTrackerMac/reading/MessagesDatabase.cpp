@@ -1,18 +1,14 @@
 #include <KestrelKit/foundation/Calendar.h>
+#include <KestrelKit/foundation/HomeDirectory.h>
 #include <KestrelKit/foundation/SqliteFileSystem.h>
 #include <KestrelKit/foundation/SqliteHandles.h>
 #include <KestrelTrackerMac/reading/MessagesAggregateBuilder.h>
 #include <KestrelTrackerMac/reading/MessagesDatabase.h>
 #include <KestrelTrackerMac/reading/MessagesQuery.h>
-#include <pwd.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
-#include <cstdlib>
 #include <exception>
-#include <string>
 #include <system_error>
 #include <utility>
 
@@ -79,20 +75,10 @@ std::expected<MessagesScanSummary, MessagesScanError> scan(const std::filesystem
   return MessagesScanSummary{.requestedDays = days, .scannedAt = now, .daily = builder.daily()};
 }
 
-/// The home directory that the user database gives the current user.
-std::filesystem::path homeInUserDatabase() {
-  std::array<char, 16384> text{};
-  passwd entry{};
-  passwd* found = nullptr;
-  getpwuid_r(getuid(), &entry, text.data(), text.size(), &found);
-  return found && found->pw_dir ? found->pw_dir : "/";
-}
-
 }  // namespace
 
 std::filesystem::path defaultMessagesDatabase() {
-  const char* home = std::getenv("HOME");  // NOLINT(concurrency-mt-unsafe): nothing changes it
-  return (home && *home ? std::filesystem::path(home) : homeInUserDatabase()) / "Library/Messages/chat.db";
+  return homeDirectory().value_or("/") / "Library/Messages/chat.db";
 }
 
 MessagesAccessState probeMessagesAccess(const std::filesystem::path& path) noexcept {

@@ -126,7 +126,8 @@ REPORTS = {"reports": [{"date": "d", "state": "Manic", "confidence": 73, "source
                         "observedAt": "2024-05-01T08:30:00Z"}, {"date": "e", "state": ""}]}
 KINDS = ["daily-metrics", "baseline", "classification", "prediction", "sleep-session", "circadian-features",
          "aggregate-batch", "aggregate-response", "source-delete-response", "sync-request", "sync-response",
-         "dashboard-snapshot", "contract", "self-report", "snapshot-self-reports"]
+         "dashboard-snapshot", "contract", "self-report", "snapshot-self-reports",
+         "watch-state", "watch-receipt", "watch-evidence"]
 
 
 class Check(KestrelTestCase):

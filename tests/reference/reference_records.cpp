@@ -8,7 +8,9 @@
 #include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/model/JSONCoders.h>
 #include <support/RandomAggregates.h>
+#include <support/RandomLogEvents.h>
 #include <support/RandomSnapshots.h>
+#include <support/RandomWatchRecords.h>
 
 #include <rapidcheck.h>
 
@@ -72,6 +74,10 @@ constexpr Kind kinds[] = {
     kindOf<SignalProcessingContract>("contract"),
     kindOf<SelfReportData>("self-report"),
     kindOf<SnapshotSelfReportList>("snapshot-self-reports"),
+    kindOf<DogfoodLog::Event>("log-event"),
+    kindOf<WatchStateSnapshot>("watch-state"),
+    kindOf<WatchStateAcknowledgement>("watch-receipt"),
+    kindOf<WatchConnectionEvidence>("watch-evidence"),
 };
 
 int run(const Kind& kind, std::string_view what, int count) {
