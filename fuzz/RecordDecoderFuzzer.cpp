@@ -7,7 +7,14 @@
 #include <KestrelKit/circadian/SleepInterval.h>
 #include <KestrelKit/circadian/SleepSession.h>
 #include <KestrelKit/circadian/SleepStageInterval.h>
+#include <KestrelKit/formats/AggregateBatchV2.h>
+#include <KestrelKit/formats/AggregateBatchV2Response.h>
+#include <KestrelKit/formats/AggregateSourceDeleteResponse.h>
+#include <KestrelKit/formats/IOSAggregateSignalContract.h>
 #include <KestrelKit/formats/SelfReportData.h>
+#include <KestrelKit/formats/SignalProcessingContract.h>
+#include <KestrelKit/formats/SyncRequest.h>
+#include <KestrelKit/formats/SyncResponse.h>
 #include <KestrelKit/model/Baseline.h>
 #include <KestrelKit/model/DailyMetrics.h>
 #include <KestrelKit/model/JSONCoders.h>
@@ -18,7 +25,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,12 +43,51 @@ void check(std::string_view json) {
   fuzz::checkRoundTrip<T>(JSONCoders::encoder, JSONCoders::decoder, json);
 }
 
+// Contracts that end the process, as they must: told beforehand, passed over and counted.
+struct PassedOver {
+  PassedOver() = default;
+  PassedOver(const PassedOver&) = delete;
+  PassedOver& operator=(const PassedOver&) = delete;
+  ~PassedOver() {
+    if (count > 0) {
+      std::fprintf(stderr, "%zu contracts with two entries of one data type were not validated\n", count);
+    }
+  }
+
+  std::size_t count = 0;
+} passedOver;
+
+void checkContract(std::string_view json) {
+  check<SignalProcessingContract>(json);
+  const auto contract = JSONCoders::decoder.decode<SignalProcessingContract>(json);
+  if (!contract) {
+    return;
+  }
+  std::set<std::string_view> dataTypes;
+  for (const SignalProcessingContractEntry& entry : contract->signals) {
+    dataTypes.insert(entry.dataType);
+  }
+  if (contract->schemaVersion == 2 && dataTypes.size() < contract->signals.size()) {
+    ++passedOver.count;
+    return;
+  }
+  const std::size_t findings = IOSAggregateSignalContract::validate(*contract).size();
+  fuzz::require(findings <= 2 * AggregateRecordV2::DataType::allCases.size(),
+                "a data type has two findings at most");
+}
+
 struct Row {
   char choice;  // the first byte of its seeds; never given to another record
   void (*check)(std::string_view json);
 };
 
 constexpr Row rows[] = {
+    {'A', check<AggregateBatchV2>},
+    {'C', checkContract},
+    {'D', check<AggregateSourceDeleteResponse>},
+    {'Q', check<SyncRequest>},
+    {'R', check<AggregateBatchV2Response>},
+    {'S', check<SyncResponse>},
     {'b', check<Baseline>},
     {'c', check<std::vector<StateClassification>>},
     {'f', check<CircadianFeatures>},

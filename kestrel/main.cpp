@@ -1,5 +1,6 @@
 #include <KestrelKit/model/Disclaimer.h>
 #include <command-line/Program.h>
+#include <kestrel/CheckCommand.h>
 #include <kestrel/CircadianCommands.h>
 #include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
@@ -42,7 +43,8 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
-  addLogCommands(program);
   addFormatCommands(program);
+  addCheckCommand(program);
+  addLogCommands(program);
   return program.run(argc, argv);
 }

@@ -22,8 +22,8 @@ struct RawValue {
   std::string_view text;
 };
 
-/// What `text` is refused with where one of `allowed` is wanted: `"steps" is not one of steps_daily, …`. Where
-/// one letter is another, missing or too many it ends with `; did you mean steps_daily?`.
+/// What `text` is refused with where one of `allowed` is wanted: `"steps" is not one of steps_daily, …`.
+/// Where one letter is another, missing or too many it ends with `; did you mean steps_daily?`.
 std::string notOneOfMessage(std::string_view text, std::span<const std::string_view> allowed);
 
 /// All cases of a raw-value enumeration in declaration order, as a contiguous range.

@@ -11,6 +11,16 @@ namespace {
 
 constexpr std::size_t digestSize = 32;
 
+/// The two digits of each byte.
+constexpr auto hexadecimal = [] {
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::array<std::array<char, 2>, 256> pairs{};
+  for (std::size_t byte = 0; byte < pairs.size(); ++byte) {
+    pairs[byte] = {digits[byte / 16], digits[byte % 16]};
+  }
+  return pairs;
+}();
+
 struct Freeing {
   void operator()(EVP_MD* algorithm) const noexcept { EVP_MD_free(algorithm); }
   void operator()(EVP_MD_CTX* context) const noexcept { EVP_MD_CTX_free(context); }
@@ -29,11 +39,11 @@ Sha256Digits sha256Digits(std::string_view text) {
       EVP_DigestFinal_ex(context.get(), digest.data(), nullptr) != 1) {
     programmingError("libcrypto does not offer SHA-256");
   }
-  constexpr std::string_view hexadecimal = "0123456789abcdef";
   Sha256Digits digits;
   for (std::size_t index = 0; index < digestSize; ++index) {
-    digits[2 * index] = hexadecimal[digest[index] >> 4];
-    digits[2 * index + 1] = hexadecimal[digest[index] & 0xf];
+    const auto& pair = hexadecimal[digest[index]];
+    digits[2 * index] = pair[0];
+    digits[2 * index + 1] = pair[1];
   }
   return digits;
 }

@@ -309,7 +309,8 @@ TEST(ProgramWithCommands, saysWhatIsWrongAndWhoseHelpToSee) {
   };
   EXPECT_EQ(said({}), "sample: COMMAND is required (see sample --help)\n");
   EXPECT_EQ(said({"group"}), "sample: COMMAND is required (see sample group --help)\n");
-  EXPECT_EQ(said({"lists"}), "sample: \"lists\" is not one of list, group, keep (see sample --help)\n");
+  EXPECT_EQ(said({"lists"}),
+            "sample: \"lists\" is not one of list, group, keep; did you mean list? (see sample --help)\n");
   EXPECT_EQ(said({"find"}), "sample: \"find\" is not one of list, group, keep (see sample --help)\n");
   EXPECT_EQ(said({"group", "list"}), "sample: \"list\" is not one of find (see sample group --help)\n");
   EXPECT_EQ(said({"keep", "list"}), "sample: \"list\" is not expected (see sample keep --help)\n");

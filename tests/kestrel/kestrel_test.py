@@ -14,7 +14,9 @@ import unittest
 from kestrel_test_case import KESTREL, KestrelTestCase, run
 
 CALLS = [["states"], ["state"], ["baseline"], ["classify"], ["predict"], ["shadow"], ["sleep"], ["circadian", "features"],
-         ["circadian", "classify"], ["evidence"], ["pairs"]]
+         ["circadian", "classify"], ["evidence"], ["pairs"],
+         ["trend"], ["note"], ["social"],
+         ["identity"], ["contract"]]
 # A call of each command that reads a document, with one that it takes.
 READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "--each"], '{"days":[]}'),
            (["predict", "--days", "1"], "[]"), (["shadow"], "[]"), (["sleep", "--gap", "30"], "[]"),
@@ -22,7 +24,9 @@ READERS = [(["baseline"], "[]"), (["classify"], '{"days":[]}'), (["classify", "-
            (["circadian", "features"], '{"date":"","nights":[],"stepCounts":[],"baselineRestingHeartRates":[],'
                                        '"expectedNights":0}'),
            (["circadian", "classify"], '{"features":{"date":"","coverageNights":0,"daysObserved":0}}'),
-           (["evidence"], '{"sources":[],"observations":[],"labels":[]}'), (["pairs"], '{"observations":[]}')]
+           (["evidence"], '{"sources":[],"observations":[],"labels":[]}'), (["pairs"], '{"observations":[]}'),
+           (["trend", "--aggregation", "sum"], "[]"), (["note"], ""), (["social"], "[]"),
+           (["identity"], "[]")]
 DAYS = [{"date": f"2024-05-{number:02}", "sleep_hours": 7.25, "posts": 9, "sentiment": 0.1, "steps": 5000}
         for number in range(1, 29)]
 
@@ -41,6 +45,18 @@ EXAMPLES = {
                           '"Circadian phase markedly delayed (+2.3h)"],"source":"algorithmic"}',
     "pairs": '[{"firstSourceID":"watch","firstSignalID":"sleep","secondSourceID":"watch","secondSignalID":"steps",'
              '"pairedDays":2,"spearmanRho":-1}]',
+    "trend": '{"value":50,"label":"vs previous 30 days","currentValue":15,"previousValue":10}',
+    "note": '{"sentiment":-0.4973,"absolutistRatio":0.25,"length":15}',
+    "social": '{"summary":{"days":2,"totalPosts":4,"avgPostsPerDay":2,"avgPostLength":0,"absolutismRatePct":5,'
+              '"totalReplies":0,"totalQuotes":0,"totalReposts":0,"totalLikes":0,"totalFollows":0,"totalMentions":0,'
+              '"totalLinks":0,"totalHashtags":0,"totalLateNightPosts":0},"hours":['
+              + ",".join(f'{{"hour":{hour},"posts":0}}' for hour in range(24)) +
+              '],"interactions":[{"date":"2024-05-01","replies":0,"quotes":0,"reposts":0},{"date":"2024-05-02",'
+              '"replies":0,"quotes":0,"reposts":0}],"absolutism":[{"date":"2024-05-01","absolutismPct":4},'
+              '{"date":"2024-05-02","absolutismPct":8}]}',
+    # printf '2024-05-01|photo_count_daily|4028000000000000|count' | sha256sum
+    "identity": '["daily:2024-05-01:photo_count_daily:0d22a019f6088d80f964eb3e833f22209c7cd034054b6b8ae3f2efcdf4207332"]',
+    "contract": "[]",
 }
 
 
@@ -64,8 +80,15 @@ class Kestrel(KestrelTestCase):
             self.assert_refused(run(*arguments), 2, "COMMAND is required (see kestrel circadian --help)")
 
     def test_an_unknown_command_is_answered_with_the_known_ones(self):
-        known = "states, state, baseline, classify, predict, shadow, sleep, circadian, evidence, pairs"
-        for name in ("state's", "STATES", "stat", "features", "", "-", "input.json"):
+        known = "states, state, baseline, classify, predict, shadow, sleep, circadian, evidence, pairs, " \
+                "trend, note, social, " \
+                "identity, contract, " \
+                "check, " \
+                "log"
+        for name, meant in (("stat", "state"), ("state's", "states"), ("contrast", "contract")):
+            self.assert_refused(run(name), 2,
+                                f'"{name}" is not one of {known}; did you mean {meant}? (see kestrel --help)')
+        for name in ("STATES", "features", "", "-", "input.json"):
             self.assert_refused(run(name), 2, f'"{name}" is not one of {known} (see kestrel --help)')
         self.assert_refused(run("a\nb\x1b"), 2, f'"a\\u000Ab\\u001B" is not one of {known} (see kestrel --help)')
         self.assert_refused(run("circadian", "states"), 2,
@@ -351,7 +374,10 @@ class Kestrel(KestrelTestCase):
                               (["sleep"], ["[FILE]", "--gap MINUTES", "[--day KEY]"]), (["circadian", "features"], ["[FILE]"]),
                               (["circadian", "classify"], ["[FILE]"]), (["states"], []),
                               (["evidence"], ["[FILE]", "[--minimum-days N]", "[--minimum-effect X]"]),
-                              (["pairs"], ["[FILE]", "[--minimum-days N]"])):
+                              (["pairs"], ["[FILE]", "[--minimum-days N]"]),
+                              (["trend"], ["[FILE]", "--aggregation HOW", "[--start T]", "[--end T]"]),
+                              (["note"], ["[FILE]", "[--lines]"]), (["social"], ["[FILE]"]),
+                              (["identity"], ["[FILE]"]), (["contract"], ["[FILE]"])):
             usage = " ".join(self.output(*call, "--help").split("\n\n")[0].split())
             self.assertEqual(usage, " ".join(["Usage: kestrel", *call, *entries, "[--timezone ID] [--pretty] [--help] "
                                               "[--version]"]))

@@ -51,6 +51,18 @@ FOUND = {"text": "text", "number": "a number", "boolean": "a boolean", "list": "
 HUGE = "1" + "0" * 400
 
 
+def meant(text, allowed):
+    """What an error line ends with where one letter of the text is off."""
+    def shorter(word):
+        return {word[:place] + word[place + 1:] for place in range(len(word))}
+
+    for right in allowed:
+        changed = len(text) == len(right) and sum(one != other for one, other in zip(text, right)) == 1
+        if changed or text in shorter(right) or right in shorter(text):
+            return f"; did you mean {right}?"
+    return ""
+
+
 class Field:
     """A field of a record: its path in an error line, the keys that lead to it, and what it takes."""
 
@@ -72,7 +84,8 @@ class Field:
         """Pairs of a value that does not fit, and what is said of it."""
         takes, expected = {
             "text": ({"text"}, "text"), "number": ({"number"}, "a number"), "integer": ({"number"}, "an integer"),
-            "list": ({"list"}, "a list"), "object": ({"object"}, "an object"), "instant": ({"text"}, "text"),
+            "list": ({"list"}, "a list"), "object": ({"object"}, "an object"), "boolean": ({"boolean"}, "a boolean"),
+            "instant": ({"text"}, "text"),
         }.get(self.form if isinstance(self.form, str) else "text")
         for kind, value in KINDS.items():
             if kind not in takes and not (self.optional and kind == "null"):
@@ -80,7 +93,7 @@ class Field:
         if isinstance(self.form, list):
             for text in ("", "Nonsense", self.form[0].lower() if self.form[0] != self.form[0].lower() else
                          self.form[0].upper(), self.form[0] + " "):
-                yield text, f"\"{text}\" is not one of {', '.join(self.form)}"
+                yield text, f"\"{text}\" is not one of {', '.join(self.form)}{meant(text, self.form)}"
             yield "a\nb\"", f"\"a\\u000Ab\\\"\" is not one of {', '.join(self.form)}"
         elif self.form == "number":
             for literal in ("1e400", "-1e400"):

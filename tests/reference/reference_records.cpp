@@ -9,6 +9,7 @@
 #include <KestrelKit/model/JSONCoders.h>
 #include <support/RandomAggregates.h>
 #include <support/RandomLogEvents.h>
+#include <support/RandomSnapshots.h>
 
 #include <rapidcheck.h>
 
@@ -57,12 +58,21 @@ constexpr Kind kindOf(std::string_view name) {
 
 // A kind a row, in the order of the table in docs/reference/README.md.
 constexpr Kind kinds[] = {
+    kindOf<DailyMetrics>("daily-metrics"),
+    kindOf<Baseline>("baseline"),
+    kindOf<StateClassification>("classification"),
+    kindOf<Prediction>("prediction"),
+    kindOf<SleepSession>("sleep-session"),
+    kindOf<CircadianFeatures>("circadian-features"),
     kindOf<AggregateBatchV2>("aggregate-batch"),
     kindOf<AggregateBatchV2Response>("aggregate-response"),
     kindOf<AggregateSourceDeleteResponse>("source-delete-response"),
     kindOf<SyncRequest>("sync-request"),
     kindOf<SyncResponse>("sync-response"),
+    kindOf<DashboardSnapshot>("dashboard-snapshot"),
     kindOf<SignalProcessingContract>("contract"),
+    kindOf<SelfReportData>("self-report"),
+    kindOf<SnapshotSelfReportList>("snapshot-self-reports"),
     kindOf<DogfoodLog::Event>("log-event"),
 };
 
@@ -76,9 +86,9 @@ int run(const Kind& kind, std::string_view what, int count) {
       std::cout << kind.judged(line) << '\n';
     }
   } else {
-    constexpr int largestSize = 40;  // a list of some dozen elements; at 0 it is empty
+    constexpr int largestSize = rc::kNominalSize;  // at 0 lists are empty and numbers small
     for (int number = 0; number < count; ++number) {
-      std::cout << kind.random(static_cast<std::uint64_t>(number), number % largestSize) << '\n';
+      std::cout << kind.random(static_cast<std::uint64_t>(number), number % (largestSize + 1)) << '\n';
     }
   }
   return 0;

@@ -72,13 +72,12 @@ struct Arbitrary<kestrel::SyncRecord> {
     using namespace kestrel::testing;
     using R = kestrel::SyncRecord;
     using Metadata = std::map<std::string, std::string>;
-    return gen::build<R>(gen::set(&R::dataType, anyCase<R::DataType>()),
-                         gen::set(&R::value, orNone(anyFloat())),
-                         gen::set(&R::stringValue, orNone(anyText())), gen::set(&R::unit, orNone(anyText())),
-                         gen::set(&R::source, anyCase<R::Origin>()), gen::set(&R::deviceId, anyText()),
-                         gen::set(&R::sampleUuid, anyText()), gen::set(&R::capturedAt, anyInstant()),
-                         gen::set(&R::tzIdentifier, anyText()),
-                         gen::set(&R::metadata, orNone(gen::container<Metadata>(anyText(), anyText()))));
+    return gen::build<R>(
+        gen::set(&R::dataType, anyCase<R::DataType>()), gen::set(&R::value, orNone(anyFloat())),
+        gen::set(&R::stringValue, orNone(anyText())), gen::set(&R::unit, orNone(anyText())),
+        gen::set(&R::source, anyCase<R::Origin>()), gen::set(&R::deviceId, anyText()),
+        gen::set(&R::sampleUuid, anyText()), gen::set(&R::capturedAt, anyInstant()),
+        gen::set(&R::tzIdentifier, anyText()), gen::set(&R::metadata, orNone(mapOf<Metadata>(anyText()))));
   }
 };
 
@@ -115,17 +114,17 @@ struct Arbitrary<kestrel::SignalProcessingContractEntry> {
     using namespace kestrel::testing;
     using R = kestrel::SignalProcessingContractEntry;
     using Postures = std::map<std::string, std::string>;
-    return gen::build<R>(
-        gen::set(&R::dataType, anyText()), gen::set(&R::displayName, anyText()),
-        gen::set(&R::sources, listOf(anyText())), gen::set(&R::valueKind, anyText()),
-        gen::set(&R::unit, anyText()), gen::set(&R::minimum, orNone(anyFloat())),
-        gen::set(&R::maximum, orNone(anyFloat())), gen::set(&R::integer),
-        gen::set(&R::consentTier, anyText()), gen::set(&R::retention, anyText()),
-        gen::set(&R::backfill, anyText()), gen::set(&R::localProcessing, anyText()),
-        gen::set(&R::cloudSync, anyText()), gen::set(&R::serverProcessing, anyText()),
-        gen::set(&R::classifierPosture, anyText()),
-        gen::set(&R::classifierPostureBySource, gen::container<Postures>(anyText(), anyText())),
-        gen::set(&R::eraseScope, anyText()), gen::set(&R::unevaluatedReason, orNone(anyText())));
+    return gen::build<R>(gen::set(&R::dataType, anyText()), gen::set(&R::displayName, anyText()),
+                         gen::set(&R::sources, listOf(anyText())), gen::set(&R::valueKind, anyText()),
+                         gen::set(&R::unit, anyText()), gen::set(&R::minimum, orNone(anyFloat())),
+                         gen::set(&R::maximum, orNone(anyFloat())), gen::set(&R::integer),
+                         gen::set(&R::consentTier, anyText()), gen::set(&R::retention, anyText()),
+                         gen::set(&R::backfill, anyText()), gen::set(&R::localProcessing, anyText()),
+                         gen::set(&R::cloudSync, anyText()), gen::set(&R::serverProcessing, anyText()),
+                         gen::set(&R::classifierPosture, anyText()),
+                         gen::set(&R::classifierPostureBySource, mapOf<Postures>(anyText())),
+                         gen::set(&R::eraseScope, anyText()),
+                         gen::set(&R::unevaluatedReason, orNone(anyText())));
   }
 };
 
@@ -138,7 +137,7 @@ struct Arbitrary<kestrel::SignalProcessingContract> {
     return gen::build<R>(
         gen::set(&R::schemaVersion),
         gen::set(&R::signals, listOf(gen::arbitrary<kestrel::SignalProcessingContractEntry>())),
-        gen::set(&R::collectorEmissionSets, orNone(gen::container<Sets>(anyText(), listOf(anyText())))));
+        gen::set(&R::collectorEmissionSets, orNone(mapOf<Sets>(listOf(anyText())))));
   }
 };
 

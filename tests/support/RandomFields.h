@@ -19,19 +19,26 @@
 
 namespace kestrel::testing {
 
-/// Text of up to some pieces, of which each can go wrong in its own way.
+/// A list of none to some elements.
+template <class T>
+rc::Gen<std::vector<T>> listOf(rc::Gen<T> elements) {
+  return rc::gen::mapcat(rc::gen::inRange<std::size_t>(0, 6), [elements](std::size_t count) {
+    return rc::gen::container<std::vector<T>>(count, elements);
+  });
+}
+
+/// Text of none to some pieces, of which each can go wrong in its own way.
 inline rc::Gen<std::string> anyText() {
   const auto piece =
       rc::gen::element<std::string>("", "a", "2024-05-01", "\"", "\\", "/", "\n", "\t", "\x01", "\x7f", "é",
                                     "\u2028", "⇊", "😀", "a text longer than a short one");
-  return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece),
-                      [](const std::vector<std::string>& pieces) {
-                        std::string text;
-                        for (const std::string& each : pieces) {
-                          text += each;
-                        }
-                        return text;
-                      });
+  return rc::gen::map(listOf(piece), [](const std::vector<std::string>& pieces) {
+    std::string text;
+    for (const std::string& each : pieces) {
+      text += each;
+    }
+    return text;
+  });
 }
 
 /// Any finite float, by its bits, and often one at an edge.
@@ -76,9 +83,11 @@ rc::Gen<std::optional<T>> orNone(rc::Gen<T> values) {
                         }));
 }
 
-template <class T>
-rc::Gen<std::vector<T>> listOf(rc::Gen<T> elements) {
-  return rc::gen::container<std::vector<T>>(std::move(elements));
+/// A map of none to some texts.
+template <class Map>
+rc::Gen<Map> mapOf(rc::Gen<typename Map::mapped_type> values) {
+  return rc::gen::map(listOf(rc::gen::pair(anyText(), std::move(values))),
+                      [](const auto& entries) { return Map(entries.begin(), entries.end()); });
 }
 
 }  // namespace kestrel::testing

@@ -68,4 +68,28 @@ T expectStrictFields(const JsonDecoder& decoder, const JsonEncoder& encoder,
   return *record;
 }
 
+/// Expects that a value of each other type in the place of each field costs the record of `rows`, with a
+/// message that names the field.
+template <class T>
+void expectOtherTypesRefused(const JsonDecoder& decoder, const std::vector<FieldRow>& rows) {
+  const auto isNumber = [](std::string_view json) { return json.find_first_of("-0123456789") == 0; };
+  for (std::size_t index = 0; index < rows.size(); ++index) {
+    const FieldRow& row = rows[index];
+    for (const std::string_view other : {"\"text\"", "1.5", "true", "[]", "{}", "null"}) {
+      if (isNumber(row.value)
+              ? isNumber(other)
+              : row.value.front() == other.front() || (row.value == "false" && other == "true")) {
+        continue;
+      }
+      if (other == "null" && row.isOptional) {
+        continue;
+      }
+      auto changed = rows;
+      changed[index].value = other;
+      const std::string error = errorOf<T>(decoder, objectOf(changed));
+      EXPECT_TRUE(error.starts_with(row.key + ": expected ")) << other << ": " << error;
+    }
+  }
+}
+
 }  // namespace kestrel::testing

@@ -70,7 +70,7 @@ TEST(SignalEvidenceLabel, hasItsFields) {
       {{"date", R"("2024-05-01")", "7", notText},
        {"state", R"("Mania")", R"("Manic")",
         R"("Manic" is not one of Psychosis, Mixed Episode, Mania, Hypomania, Euthymia, Dysthymia, )"
-        "Moderate Depression, Severe Depression, Unknown"}});
+        "Moderate Depression, Severe Depression, Unknown; did you mean Mania?"}});
   EXPECT_EQ(label, (SignalEvidenceLabel{"2024-05-01", KestrelState::mania}));
 }
 

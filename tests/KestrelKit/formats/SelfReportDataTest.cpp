@@ -39,7 +39,7 @@ TEST(SelfReportData, failsWhoseStateTextIsALegacyName) {
   EXPECT_EQ(
       errorOf(R"({"state":"Hypomanic","confidence":80)" + rest),
       "state: \"Hypomanic\" is not one of Psychosis, Mixed Episode, Mania, Hypomania, Euthymia, Dysthymia, "
-      "Moderate Depression, Severe Depression, Unknown");
+      "Moderate Depression, Severe Depression, Unknown; did you mean Hypomania?");
 }
 
 TEST(SelfReportData, failsWithoutAConfidence) {

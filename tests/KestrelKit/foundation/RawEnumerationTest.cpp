@@ -60,6 +60,30 @@ TEST(RawEnumeration, saysWhatWouldHaveBeenRight) {
   EXPECT_EQ(Habitat::notOneOf("reef"), "\"reef\" is not one of open_sea, tidal flat, Salt Marsh");
 }
 
+TEST(RawEnumeration, saysWhatWasMeantWhereOneLetterIsOff) {
+  const std::pair<std::string_view, std::string_view> rows[] = {
+      {"open_see", "open_sea"},     {"Open_sea", "open_sea"},    {"open_se", "open_sea"},
+      {"pen_sea", "open_sea"},      {"open_seas", "open_sea"},   {"oopen_sea", "open_sea"},
+      {"tidal_flat", "tidal flat"}, {"tidalflat", "tidal flat"}, {"Salt  Marsh", "Salt Marsh"},
+  };
+  for (const auto& [text, meant] : rows) {
+    EXPECT_EQ(Habitat::notOneOf(text), '"' + std::string(text) +
+                                           "\" is not one of open_sea, tidal flat, Salt Marsh; " +
+                                           "did you mean " + std::string(meant) + '?');
+  }
+  for (const std::string_view text : {"", "o", "openSea", "open_s", "opne_sea", "open_sea  ", "TIDAL FLAT"}) {
+    EXPECT_EQ(Habitat::notOneOf(text),
+              '"' + std::string(text) + "\" is not one of open_sea, tidal flat, Salt Marsh");
+  }
+}
+
+TEST(RawEnumeration, saysTheFirstOfSeveralThatMayHaveBeenMeant) {
+  const std::string_view allowed[] = {"cat", "bat", "b"};
+  EXPECT_EQ(notOneOfMessage("rat", allowed), "\"rat\" is not one of cat, bat, b; did you mean cat?");
+  EXPECT_EQ(notOneOfMessage("", allowed), "\"\" is not one of cat, bat, b; did you mean b?");
+  EXPECT_EQ(notOneOfMessage("bat", {}), "\"bat\" is not one of ");
+}
+
 TEST(RawEnumeration, quotesAForeignTextInOneShortLine) {
   EXPECT_EQ(Habitat::notOneOf("a\n\"b\\\x7f"),
             "\"a\\u000A\\\"b\\\\\\u007F\" is not one of open_sea, tidal flat, Salt Marsh");

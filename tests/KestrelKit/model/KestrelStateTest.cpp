@@ -76,7 +76,7 @@ TEST(KestrelState, refusesInJsonTheAliasThatStoredTextMayHave) {
   EXPECT_EQ(
       state.error().text(),
       "\"Manic\" is not one of Psychosis, Mixed Episode, Mania, Hypomania, Euthymia, Dysthymia, Moderate "
-      "Depression, Severe Depression, Unknown");
+      "Depression, Severe Depression, Unknown; did you mean Mania?");
   EXPECT_EQ(KestrelState::fromStoredValue("Manic"), KestrelState::mania);
 }
 

@@ -69,7 +69,7 @@ TEST(StateClassification, isStrictAboutItsEnumerations) {
       errorOf(R"({"date":"d","predictedState":"Manic","confidence":1,"reasons":[],"source":"manual"})")
           .starts_with("predictedState: \"Manic\" is not one of Psychosis, "));
   EXPECT_EQ(errorOf(R"({"date":"d","predictedState":"Mania","confidence":1,"reasons":[],"source":"Manual"})"),
-            "source: \"Manual\" is not one of manual, keyword, algorithmic");
+            "source: \"Manual\" is not one of manual, keyword, algorithmic; did you mean manual?");
 }
 
 TEST(StateClassification, keepsTheThreeValuesOfItsFlagsApart) {
