@@ -1,3 +1,4 @@
+#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/WatchConnectionEvidence.h>
 #include <KestrelKit/WatchStateAcknowledgement.h>
 #include <KestrelKit/WatchStateSnapshot.h>
@@ -78,6 +79,7 @@ constexpr Kind kinds[] = {
     {"contract",               checked<SignalProcessingContract>},
     {"self-report",            checked<SelfReportData>},
     {"snapshot-self-reports",  checked<SnapshotSelfReportList>},
+    {"log-event",              checked<DogfoodLog::Event>},
     {"watch-state",            checked<WatchStateSnapshot>},
     {"watch-receipt",          checked<WatchStateAcknowledgement>},
     {"watch-evidence",         checked<WatchConnectionEvidence>},

@@ -44,9 +44,9 @@ int main(int argc, char** argv) {
   addCircadianCommands(program);
   addSignalCommands(program);
   addNoteCommands(program);
-  addLogCommands(program);
   addFormatCommands(program);
   addCheckCommand(program);
+  addLogCommands(program);
   addStoreCommands(program);
   return program.run(argc, argv);
 }

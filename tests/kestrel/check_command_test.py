@@ -38,6 +38,11 @@ STRICT = {
          "avg_hrv": 40},
         fields("", date="text", sleep_hours="number", posts="integer", sentiment="number", steps="integer",
                sentiment_stdev="number?", avg_hrv="number?")),
+    "log-event": (
+        {"timestamp": "2024-05-01T08:30:00Z", "kind": "shadow", "date": "2024-05-01", "stateRaw": "Manic", "confidence": 80,
+         "source": "manual"},
+        fields("", timestamp="instant", kind=["classifier", "selfReport", "shadow"], date="text", stateRaw="text",
+               confidence="integer?", source="text?")),
     "baseline": ({"avgSleep": 7, "avgPosts": 10, "avgSentiment": 0},
                  fields("", avgSleep="number", avgPosts="number", avgSentiment="number")),
     "classification": (
@@ -126,7 +131,7 @@ REPORTS = {"reports": [{"date": "d", "state": "Manic", "confidence": 73, "source
                         "observedAt": "2024-05-01T08:30:00Z"}, {"date": "e", "state": ""}]}
 KINDS = ["daily-metrics", "baseline", "classification", "prediction", "sleep-session", "circadian-features",
          "aggregate-batch", "aggregate-response", "source-delete-response", "sync-request", "sync-response",
-         "dashboard-snapshot", "contract", "self-report", "snapshot-self-reports",
+         "dashboard-snapshot", "contract", "self-report", "snapshot-self-reports", "log-event",
          "watch-state", "watch-receipt", "watch-evidence"]
 
 

@@ -97,7 +97,9 @@ class Kestrel(KestrelTestCase):
         known = "states, state, baseline, classify, predict, shadow, sleep, circadian, evidence, pairs, " \
                 "trend, note, social, " \
                 "identity, contract, " \
-                "check, store"
+                "check, " \
+                "log, " \
+                "store"
         for name, meant in (("stat", "state"), ("state's", "states"), ("contrast", "contract")):
             self.assert_refused(run(name), 2,
                                 f'"{name}" is not one of {known}; did you mean {meant}? (see kestrel --help)')
