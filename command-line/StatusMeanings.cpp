@@ -10,7 +10,8 @@ StatusMeanings statusMeanings(const std::string& refusal, const std::string& fil
   }
   meanings.emplace_back(ExitStatus::wrongUse, "Wrong use of the command line.");
   meanings.emplace_back(ExitStatus::fileFailed, fileFailure);
-  meanings.emplace_back(ExitStatus::ruleBroken, "A count or sum was too large for 64 bits.");
+  meanings.emplace_back(ExitStatus::ruleBroken,
+                        "The input broke a rule that is taken for granted: a sum beyond 64 bits, say.");
   return meanings;
 }
 

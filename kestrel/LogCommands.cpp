@@ -78,6 +78,7 @@ using Given = std::optional<Value>;
 void addDate(Command& command, Given<std::string>& date) {
   addValueOption(command.arguments(), "DATE", date, dayKeyArgument, dayKeyExpected,
                  "The day that it is about.")
+      ->type_name("DATE")
       ->required();
 }
 
@@ -92,6 +93,7 @@ void addRawValue(Command& command, const std::string& name, Given<Value>& value,
   const std::string all = fmt::format("one of {}", fmt::join(texts, ", "));
   addValueOption(command.arguments(), name, value, Value::fromRawValue, all,
                  fmt::format("{}: {}.", description, all))
+      ->type_name(name)
       ->required();
 }
 
@@ -111,6 +113,7 @@ void addVerdict(Command& log, const std::shared_ptr<LogOption>& option, CommandD
   addRawValue(command, "STATE", verdict->state, "The state");
   addValueOption(command.arguments(), "CONFIDENCE", verdict->confidence, integerArgument, "a whole number",
                  "How sure that is, in percent.")
+      ->type_name("CONFIDENCE")
       ->required();
   command.setAction([option, verdict, record] {
     return option->change([&](DogfoodLog& file) {

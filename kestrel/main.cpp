@@ -34,9 +34,11 @@ int main(int argc, char** argv) {
               .example = "kestrel state 'Major Depressive'",
               .exampleDoes = R"(Prints what this state is called today: "Severe Depression".)",
           },
-      .refusal = "The input was read and refused: it is not what the command reads, a result has no JSON "
-                 "form, or memory has run out.",
-      .fileFailure = "The input could not be read, or standard output could not be written.",
+      .refusal =
+          "The input was read and refused: it is not what the command reads, a check found problems, a "
+          "result has no JSON form, or memory has run out.",
+      .fileFailure = "The input could not be read, or standard output, the log or the shared defaults could "
+                     "not be written.",
   });
   program.addTimeZoneOption();
   addPrettyOption(program);

@@ -18,6 +18,8 @@ CALLS = [["states"], ["state"], ["baseline"], ["classify"], ["predict"], ["shado
          ["trend"], ["note"], ["social"],
          ["identity"], ["contract"],
          ["check"],
+         ["log", "classification"], ["log", "shadow"], ["log", "self-report"], ["log", "events"], ["log", "latest"],
+         ["log", "export"], ["log", "missed-elevated"], ["log", "clear"],
          ["store", "state"], ["store", "snapshot"], ["store", "snapshot", "put"], ["store", "snapshot", "clear"],
          ["store", "phone"], ["store", "phone", "put"], ["store", "evidence"], ["store", "evidence", "sent"],
          ["store", "evidence", "received"], ["store", "evidence", "acknowledged"], ["store", "evidence", "error"]]
@@ -68,7 +70,10 @@ EXAMPLES = {
     "store phone": "{}",
     "store phone put": "true",
     "store evidence": '{"isPaired":false,"isWatchAppInstalled":false,"isReachable":false}',
-    # What only stores prints nothing.
+    "log latest": "{}",
+    "log missed-elevated": "1",
+    # What only records or stores prints nothing, nor does a log of no event.
+    **dict.fromkeys(("log classification", "log shadow", "log self-report", "log export", "log clear"), ""),
     **dict.fromkeys(("store snapshot put", "store snapshot clear", "store evidence sent", "store evidence received",
                      "store evidence acknowledged", "store evidence error"), ""),
 }
@@ -393,7 +398,10 @@ class Kestrel(KestrelTestCase):
                               (["trend"], ["[FILE]", "--aggregation HOW", "[--start T]", "[--end T]"]),
                               (["note"], ["[FILE]", "[--lines]"]), (["social"], ["[FILE]"]),
                               (["identity"], ["[FILE]"]), (["contract"], ["[FILE]"]),
-                              (["check"], ["KIND", "[FILE]"])):
+                              (["check"], ["KIND", "[FILE]"]),
+                              (["log", "shadow"], ["DATE", "STATE", "CONFIDENCE", "[--file PATH]"]),
+                              (["log", "self-report"], ["DATE", "STATE", "SOURCE", "[--file PATH]"]),
+                              (["log", "latest"], ["KIND", "[--file PATH]"])):
             usage = " ".join(self.output(*call, "--help").split("\n\n")[0].split())
             self.assertEqual(usage, " ".join(["Usage: kestrel", *call, *entries, "[--timezone ID] [--pretty] [--help] "
                                               "[--version]"]))
@@ -417,6 +425,9 @@ class Kestrel(KestrelTestCase):
                     # Means 5500 and 9450, variances 500,000 and 405,000.
                     self.assertAlmostEqual(association["standardizedDifference"], 3950 / 452_500 ** 0.5, delta=5e-5)
                     self.assertEqual((association["comparison"], association["lagDays"]), ("elevatedVsEuthymia", 0))
+                elif call == ["log", "events"]:
+                    event, = json.loads(done.stdout)
+                    self.assertEqual((event["kind"], event["date"], event["stateRaw"]), ("selfReport", "2024-05-01", "Mania"))
                 else:
                     features = json.loads(done.stdout)
                     self.assertAlmostEqual(features["phaseDeviationHours"], 2, places=9)
