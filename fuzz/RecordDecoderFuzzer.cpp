@@ -1,10 +1,10 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
 // decoder takes it gives back.
 
+#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/WatchConnectionEvidence.h>
 #include <KestrelKit/WatchStateAcknowledgement.h>
 #include <KestrelKit/WatchStateSnapshot.h>
-#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/CircadianObservations.h>
 #include <KestrelKit/circadian/SleepInterval.h>
