@@ -1,10 +1,10 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
 // decoder takes it gives back.
 
+#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/WatchConnectionEvidence.h>
 #include <KestrelKit/WatchStateAcknowledgement.h>
 #include <KestrelKit/WatchStateSnapshot.h>
-#include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/circadian/CircadianFeatures.h>
 #include <KestrelKit/circadian/CircadianObservations.h>
 #include <KestrelKit/circadian/SleepInterval.h>
@@ -147,7 +147,6 @@ constexpr Row rows[] = {
     {'Q', check<SyncRequest>},
     {'R', check<AggregateBatchV2Response>},
     {'S', check<SyncResponse>},
-    {'V', check<std::vector<VizDay>>},
     {'a', checkReports},
     {'b', check<Baseline>},
     {'c', check<std::vector<StateClassification>>},
@@ -165,9 +164,15 @@ constexpr Row rows[] = {
     {'t', check<ShadowSummary>},
     {'v', check<std::vector<VizDay>>},
     {'E', check<WatchConnectionEvidence>},
-    {'R', check<WatchStateAcknowledgement>},
+    {'K', check<WatchStateAcknowledgement>},
     {'W', check<WatchStateSnapshot>},
 };
+
+consteval bool eachChoiceStandsOnce() {
+  return std::ranges::all_of(
+      rows, [](char choice) { return std::ranges::count(rows, choice, &Row::choice) == 1; }, &Row::choice);
+}
+static_assert(eachChoiceStandsOnce());
 
 }  // namespace
 

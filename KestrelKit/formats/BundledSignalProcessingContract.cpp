@@ -2,8 +2,9 @@
 #include <KestrelKit/foundation/ResourceBundle.h>
 #include <KestrelKit/model/JSONCoders.h>
 
+#include <array>
+#include <cstddef>
 #include <fstream>
-#include <sstream>
 #include <utility>
 
 namespace kestrel {
@@ -16,13 +17,16 @@ BundledSignalProcessingContract::load() {
     return std::unexpected(
         Failure{Fault::noResource, bundle.folder().string() + ": it has no signal-processing-contract.json"});
   }
-  const std::ifstream stream(*file, std::ios::binary);
-  std::ostringstream json;
-  json << stream.rdbuf();
-  if (!stream.is_open() || json.bad()) {
+  std::ifstream stream(*file, std::ios::binary);
+  std::string json;
+  std::array<char, 16'384> portion{};
+  while (stream.read(portion.data(), portion.size()) || stream.gcount() > 0) {
+    json.append(portion.data(), static_cast<std::size_t>(stream.gcount()));
+  }
+  if (!stream.is_open() || stream.bad()) {
     return std::unexpected(Failure{Fault::noResource, file->string() + ": it cannot be read"});
   }
-  auto contract = JSONCoders::decoder.decode<SignalProcessingContract>(json.view());
+  auto contract = JSONCoders::decoder.decode<SignalProcessingContract>(json);
   if (!contract) {
     return std::unexpected(Failure{Fault::notDecoded, file->string() + ": " + contract.error().text()});
   }

@@ -105,7 +105,26 @@ STRICT = {
                  classifierPostureBySource="object", eraseScope="text", unevaluatedReason="text?")),
     "self-report": ({"state": "Mania", "confidence": 80, "notes": "n", "source": "manual", "keyword": "k"},
                     fields("", state=STATES, confidence="integer", notes="text?", source=SOURCES[:2], keyword="text?")),
+    "watch-state": (
+        {"version": 1, "deliveryID": "6F9619FF-8B86-D011-B42D-00C04FC964FF", "stateRaw": "Manic", "confidencePercent": 75,
+         "generatedAt": "2024-05-01T08:30:00Z"},
+        fields("", version="integer", stateRaw="text", confidencePercent="integer", generatedAt="instant")),
+    "watch-receipt": ({"deliveryID": "6F9619FF-8B86-D011-B42D-00C04FC964FF", "receivedAt": "2024-05-01T08:30:00Z"},
+                      fields("", receivedAt="instant")),
+    "watch-evidence": (
+        {"isPaired": True, "isWatchAppInstalled": True, "isReachable": False, "lastSentAt": "2024-05-01T08:30:00Z",
+         "lastSentDeliveryID": "6F9619FF-8B86-D011-B42D-00C04FC964FF", "lastAcknowledgedAt": "2024-05-01T08:30:00Z",
+         "lastAcknowledgedDeliveryID": "6F9619FF-8B86-D011-B42D-00C04FC964FF",
+         "lastReceivedStateAt": "2024-05-01T08:30:00Z", "lastReceivedState": "Mania", "lastReceivedConfidence": 75,
+         "lastError": "e"},
+        fields("", isPaired="boolean", isWatchAppInstalled="boolean", isReachable="boolean", lastSentAt="instant?",
+               lastAcknowledgedAt="instant?", lastReceivedStateAt="instant?", lastReceivedState="text?",
+               lastReceivedConfidence="integer?", lastError="text?")),
 }
+# Where these have a UUID.
+UUIDS = [("aggregate-batch", "batchId"), ("aggregate-response", "batchId"), ("watch-state", "deliveryID"),
+         ("watch-receipt", "deliveryID"), ("watch-evidence", "lastSentDeliveryID"),
+         ("watch-evidence", "lastAcknowledgedDeliveryID")]
 
 SNAPSHOT = json.loads((EXAMPLES / "dashboard-snapshot.json").read_text(encoding="utf-8"))
 # Where it is strict: what lies outside of its lists.
@@ -164,10 +183,19 @@ class Check(KestrelTestCase):
             for value, found in ((1, "a number"), ("true", "text"), ([], "a list"), ({}, "an object")):
                 self.assert_refused(run("check", kind, input=written(with_value(document, keys, value))), 1,
                                     f"{path}: expected a boolean, found {found}")
-        for value in ("", "6F9619FF8B86D011B42D00C04FC964FF", "{6F9619FF-8B86-D011-B42D-00C04FC964FF}"):
-            for kind in ("aggregate-batch", "aggregate-response"):
-                document = with_value(STRICT[kind][0], ["batchId"], value)
-                self.assert_refused(run("check", kind, input=written(document)), 1, f'batchId: "{value}" is not a UUID')
+
+    def test_a_uuid_has_one_form_in_either_case(self):
+        for kind, key in UUIDS:
+            document, _ = STRICT[kind]
+            with self.subTest(kind=kind, key=key):
+                self.assertEqual(self.result("check", kind, document=with_value(document, [key], document[key].lower())),
+                                 written(document) + "\n")
+                for value in ("", "6F9619FF8B86D011B42D00C04FC964FF", "{6F9619FF-8B86-D011-B42D-00C04FC964FF}",
+                              "6F9619FF-8B86-D011-B42D-00C04FC964F", "6F9619FG-8B86-D011-B42D-00C04FC964FF"):
+                    self.assert_refused(run("check", kind, input=written(with_value(document, [key], value))), 1,
+                                        f'{key}: "{value}" is not a UUID')
+                self.assert_refused(run("check", kind, input=written(with_value(document, [key], 1))), 1,
+                                    f"{key}: expected text, found a number")
 
     def test_heart_rate_variability_that_is_missing_is_not_one_that_is_not_provided(self):
         document, _ = STRICT["daily-metrics"]

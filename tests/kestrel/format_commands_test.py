@@ -216,6 +216,14 @@ class FormatCommands(KestrelTestCase):
         (bundle / CONTRACT.name).unlink()
         self.assert_refused(self.run_installed(program), 3, f"{bundle}: it has no signal-processing-contract.json")
 
+    @unittest.skipUnless(pathlib.Path("/proc/self/mem").is_file(), "needs a file that fails in reading")
+    def test_a_bundle_whose_contract_fails_in_reading_ends_with_3(self):
+        program = self.installed("bin")
+        file = self.folder / "bin" / "KestrelKit_KestrelKit.bundle" / CONTRACT.name
+        file.unlink()
+        file.symlink_to("/proc/self/mem")  # whose first page is never there
+        self.assert_refused(self.run_installed(program), 3, f"{file}: it cannot be read")
+
     def test_a_bundle_whose_contract_is_none_ends_with_1(self):
         program = self.installed("bin")
         file = self.folder / "bin" / "KestrelKit_KestrelKit.bundle" / CONTRACT.name

@@ -2,8 +2,8 @@
 //
 //   reference_records kinds             prints the kinds
 //   reference_records again KIND        reads a document, and prints it as it is written, indented
-//   reference_records judge KIND        reads documents, one a line, and prints for each "taken", or what was
-//   refused reference_records random KIND N     prints N random records, one a line
+//   reference_records judge KIND        reads documents, one a line; prints "taken", or what was refused
+//   reference_records random KIND N     prints N random records, one a line
 
 #include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/model/JSONCoders.h>

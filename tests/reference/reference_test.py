@@ -16,7 +16,8 @@ except ImportError:
 
 RECORDS = os.environ["REFERENCE_RECORDS"]
 REFERENCE = pathlib.Path(os.environ["TIDEWELL_SOURCE"]) / "docs" / "reference"
-WRONG = ["text", 1.5, True, [], {}, None]
+BEYOND_64_BITS = 2 ** 63
+WRONG = ["text", 1.5, True, [], {}, None, BEYOND_64_BITS]
 
 
 def run(*arguments, text=""):
@@ -40,6 +41,11 @@ def places(value, keys=()):
     items = value.items() if isinstance(value, dict) else enumerate(value) if isinstance(value, list) else ()
     for key, inner in items:
         yield from places(inner, (*keys, key))
+
+
+def stops(kind, document):
+    """Whether the library stops at the document: a report of a snapshot with such a confidence breaks a rule."""
+    return kind == "snapshot-self-reports" and f'"confidence": {BEYOND_64_BITS}' in json.dumps(document)
 
 
 def variants(document):
@@ -116,7 +122,12 @@ class Reference(unittest.TestCase):
     def test_every_schema_refuses_what_the_library_refuses(self):
         for kind in KINDS:
             validator = jsonschema.Draft202012Validator(schema_of(kind))
-            documents = list(variants(json.loads(example_of(kind))))
+            documents = []
+            for document in variants(json.loads(example_of(kind))):
+                if stops(kind, document):
+                    self.assertFalse(validator.is_valid(document))
+                else:
+                    documents.append(document)
             lines = "".join(json.dumps(document) + "\n" for document in documents)
             verdicts = run("judge", kind, text=lines).split("\n")[:-1]
             self.assertEqual(len(verdicts), len(documents))
