@@ -47,6 +47,13 @@ bool isOfSameKindAndDay(const Event& old, const Event& by) {
 
 bool isNever(const Event&, const Event&) { return false; }
 
+/// Whether what cannot be read for `reason` is no log of this user, now or later. Anything else, an error of
+/// the disk or too many open files, may be over the next time, and the log readable.
+bool isNoLog(std::error_code reason) {
+  return reason == std::errc::illegal_byte_sequence || reason == std::errc::permission_denied ||
+         reason == std::errc::not_supported;
+}
+
 }  // namespace
 
 JsonFields DogfoodLog::Event::jsonFields() {
@@ -118,7 +125,7 @@ bool DogfoodLog::log(Event event, bool (*isReplaced)(const Event& old, const Eve
   events.push_back(std::move(event));
   const auto written = write(events);
   if (!written) {
-    fmt::print("[DogfoodLog] write failed: {}\n", written.error());
+    std::fputs(fmt::format("[DogfoodLog] write failed: {}\n", written.error()).c_str(), stdout);
     std::fflush(stdout);
   }
   return written.has_value();
@@ -150,13 +157,22 @@ std::expected<void, std::string> DogfoodLog::write(std::span<const Event> events
       return std::unexpected(FileError{container_->folder(), error}.text());
     }
   }
+  std::optional<std::filesystem::path> aside;
   if (unreadable_) {
-    // It is no log that could be added to, but it may be all that is left of one.
-    if (const auto aside = setAside(*fileURL_, unreadableSuffix); !aside) {
-      return std::unexpected(aside.error().text());
+    if (!isNoLog(unreadable_->reason)) {
+      return std::unexpected(unreadable_->text());
     }
+    // It is no log that could be added to, but it may be all that is left of one.
+    auto name = setAside(*fileURL_, unreadableSuffix);
+    if (!name) {
+      return std::unexpected(name.error().text());
+    }
+    aside = *std::move(name);
   }
   if (const auto replaced = replaceFile(*fileURL_, *text); !replaced) {
+    if (aside) {
+      putBack(*aside, *fileURL_);
+    }
     return std::unexpected(replaced.error().text());
   }
   return {};

@@ -24,6 +24,11 @@ bool takesValue(const Command& command, const std::string& name) {
          std::ranges::any_of(command.commands(), [&](const auto& inner) { return takesValue(*inner, name); });
 }
 
+/// Whether `word` is an option where none has ended the options. A number below 0 is none.
+bool isOption(std::string_view word) {
+  return word.size() >= 2 && word.starts_with('-') && (word[1] < '0' || word[1] > '9');
+}
+
 bool isPositional(const CLI::Option* option) { return option->get_positional(); }
 
 }  // namespace
@@ -45,7 +50,7 @@ void CommandWords::split(const Command& program, std::span<const char* const> wo
       optionsEnded = true;
       continue;
     }
-    if (!optionsEnded && word.text.size() >= 2 && word.text.starts_with('-')) {
+    if (!optionsEnded && isOption(word.text)) {
       const auto equals = word.text.find('=');
       word.option = word.text.substr(0, equals);
       word.valueIsAttached = equals != std::string::npos;

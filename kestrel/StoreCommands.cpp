@@ -11,6 +11,7 @@
 #include <KestrelKit/foundation/JsonField.h>
 #include <KestrelKit/foundation/Record.h>
 #include <KestrelKit/foundation/SqliteDefaults.h>
+#include <KestrelKit/foundation/Utf8.h>
 #include <KestrelKit/foundation/Uuid.h>
 #include <KestrelKit/model/JSONCoders.h>
 #include <KestrelKit/model/KestrelState.h>
@@ -34,6 +35,10 @@ using Output = std::expected<std::string, Failure>;
 using Suite = std::shared_ptr<SqliteDefaults>;
 
 std::optional<std::string> anyText(const std::string& text) { return text; }
+
+std::optional<std::string> utf8Text(const std::string& text) {
+  return invalidUtf8(text) ? std::nullopt : std::optional(text);
+}
 
 /// The suite that the option `--suite` names, or the application group's.
 class SuiteOption {
@@ -308,7 +313,7 @@ void addError(Command& evidence, const SharedOption& option) {
       .exampleDoes = "Records an error in a suite of its own.",
   });
   const auto text = std::make_shared<std::optional<std::string>>();
-  addValueOption(command.arguments(), "TEXT", *text, anyText, "a text", "What went wrong.")
+  addValueOption(command.arguments(), "TEXT", *text, utf8Text, "UTF-8 text", "What went wrong.")
       ->type_name("TEXT")
       ->required();
   command.setAction([option, text] {

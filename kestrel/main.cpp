@@ -27,8 +27,8 @@ int main(int argc, char** argv) {
                          "\n\n"
                          "Days are yyyy-MM-dd in the Gregorian calendar, in the time zone of the run. "
                          "Instants are ISO 8601 text with a zone, such as 2024-05-01T08:30:00Z or "
-                         "2024-05-01T10:30:00+02:00. Options may stand before or after the command; what "
-                         "comes after -- is no option."
+                         "2024-05-01T10:30:00+02:00. Options may stand before or after the command; a "
+                         "number below 0, and what comes after --, is no option."
                          "\n\n" +
                          std::string(Disclaimer::text),
               .example = "kestrel state 'Major Depressive'",

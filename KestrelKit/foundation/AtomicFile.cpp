@@ -15,6 +15,7 @@
 #include <optional>
 #include <string>
 #include <system_error>
+#include <utility>
 
 namespace kestrel {
 namespace {
@@ -150,8 +151,11 @@ bool flushFolder(const fs::path& folder) {
 
 /// Removes `file`, of a name like a replacement's, unless its writer lives.
 void removeIfAbandoned(const fs::path& file) {
-  // For writing, which some network file systems want of who locks.
-  const FileDescriptor opened(file, O_WRONLY | O_NOFOLLOW | O_NONBLOCK);
+  const auto openedFor = [&](int access) { return FileDescriptor(file, access | O_NOFOLLOW | O_NONBLOCK); };
+  // For writing, which some network file systems want of who locks, unless its mode forbids it: it may have
+  // that of a file that is only read.
+  FileDescriptor forWriting = openedFor(O_WRONLY);
+  const FileDescriptor opened = forWriting.isOpen() ? std::move(forWriting) : openedFor(O_RDONLY);
   struct stat status {};
   if (opened.isOpen() && fstat(opened.number(), &status) == 0 && S_ISREG(status.st_mode) && lock(opened)) {
     unlink(file.c_str());
@@ -213,6 +217,12 @@ std::expected<fs::path, FileError> setAside(const fs::path& file, std::string_vi
     if (errno != EEXIST) {
       return failed(file, lastError());
     }
+  }
+}
+
+void putBack(const fs::path& aside, const fs::path& file) {
+  if (const auto target = followed(file)) {
+    renameToFree(aside, *target);
   }
 }
 

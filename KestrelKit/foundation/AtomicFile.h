@@ -35,6 +35,9 @@ void removeAbandonedReplacements(const std::filesystem::path& file) noexcept;
 [[nodiscard]] std::expected<std::filesystem::path, FileError> setAside(const std::filesystem::path& file,
                                                                        std::string_view suffix);
 
+/// Gives what setAside() renamed to `aside` its name `file` again, unless something has that by now.
+void putBack(const std::filesystem::path& aside, const std::filesystem::path& file);
+
 /// Removes `file`, or what it leads to as a symbolic link; the link stays. A folder is not removed.
 [[nodiscard]] std::expected<void, FileError> removeFile(const std::filesystem::path& file);
 

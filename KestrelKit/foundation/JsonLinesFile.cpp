@@ -5,13 +5,16 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cerrno>
 #include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <new>
 #include <optional>
 #include <span>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
 namespace kestrel {
 namespace {
@@ -24,34 +27,125 @@ std::optional<char> firstInk(std::string_view text) {
   return place == std::string_view::npos ? std::nullopt : std::optional(text[place]);
 }
 
+/// Whether a text that comes in pieces can still become a JSON object. What tells is the order of its tokens:
+/// of what a decoder refuses something may pass, of what it takes everything does.
+class BegunObject {
+ public:
+  /// False once nothing that can follow makes the text an object.
+  bool add(std::string_view piece) noexcept {
+    return std::ranges::all_of(piece, [this](char c) { return inText_ ? takeInText(c) : take(c); });
+  }
+
+ private:
+  static constexpr std::size_t deepest = 512;  // as decoders have it
+
+  // Which tokens may come: each stands for itself, a quote for a text, and a 0 for any other scalar.
+  static constexpr std::string_view nothing{};
+  static constexpr std::string_view object = "{";
+  static constexpr std::string_view key = "\"";
+  static constexpr std::string_view keyOrEnd = "\"}";
+  static constexpr std::string_view colon = ":";
+  static constexpr std::string_view value = "{[0\"";
+  static constexpr std::string_view elementOrEnd = "{[0\"]";
+  static constexpr std::string_view moreMembersOrEnd = ",}";
+  static constexpr std::string_view moreElementsOrEnd = ",]";
+
+  static char tokenWith(char c) noexcept {
+    constexpr std::string_view ofNumbersAndWords = "+-.0123456789Eaeflnrstu";
+    return ofNumbersAndWords.contains(c) ? '0' : c;
+  }
+
+  bool take(char c) noexcept {
+    const char token = tokenWith(c);
+    const bool goesOn = inScalar_ && token == '0';
+    inScalar_ = goesOn;
+    if (goesOn || c == ' ' || c == '\t' || c == '\r') {
+      return true;
+    }
+    if (!expected_.contains(token)) {
+      return false;
+    }
+    switch (token) {
+      case '{':
+      case '[':
+        if (depth_ == deepest) {
+          return false;
+        }
+        isObject_[depth_++] = token == '{';
+        expected_ = token == '{' ? keyOrEnd : elementOrEnd;
+        break;
+      case '}':
+      case ']':
+        --depth_;
+        expected_ = behindValue();
+        break;
+      case ':':
+        expected_ = value;
+        break;
+      case ',':
+        expected_ = isObject_[depth_ - 1] ? key : value;
+        break;
+      default:
+        inText_ = token == '"';
+        inScalar_ = !inText_;
+        expected_ = expected_.starts_with(key) ? colon : behindValue();
+        break;
+    }
+    return true;
+  }
+
+  bool takeInText(char c) noexcept {
+    inText_ = isEscaped_ || c != '"';
+    isEscaped_ = !isEscaped_ && c == '\\';
+    return static_cast<unsigned char>(c) >= ' ';
+  }
+
+  std::string_view behindValue() const noexcept {
+    if (depth_ == 0) {
+      return nothing;
+    }
+    return isObject_[depth_ - 1] ? moreMembersOrEnd : moreElementsOrEnd;
+  }
+
+  std::string_view expected_ = object;
+  bool inScalar_ = false;
+  bool inText_ = false;
+  bool isEscaped_ = false;
+  std::bitset<deepest> isObject_;  // and not a list, the value at each level that has begun
+  std::size_t depth_ = 0;
+};
+
 using LineTaker = std::function<void(std::string_view line)>;
 
 /// Cuts what it is given into lines.
 class ObjectLines {
  public:
+  ObjectLines() { resize(portion); }
+
   /// Where the next bytes go.
   std::span<char> room() {
-    if (kept_ == buffer_.size()) {
-      buffer_.resize(2 * kept_);
+    if (kept_ == size_) {
+      judgeLongLine();
     }
-    return std::span(buffer_).subspan(kept_);
+    return std::span(buffer_.get(), size_).subspan(kept_);
   }
 
   /// Takes the `count` bytes that were put there.
   void add(std::size_t count, const LineTaker& take) {
-    const std::string_view bytes(buffer_.data(), kept_ + count);
+    const std::string_view bytes(buffer_.get(), kept_ + count);
     std::size_t begin = 0;
     for (std::size_t feed = bytes.find('\n', kept_); feed != std::string_view::npos;
          feed = bytes.find('\n', begin)) {
       takeLine(bytes.substr(begin, feed - begin), take);
       isPassedOver_ = false;
+      judged_ = 0;
       begin = feed + 1;
     }
     keep(bytes.substr(begin));
   }
 
   /// Takes what no line feed has ended.
-  void end(const LineTaker& take) const { takeLine({buffer_.data(), kept_}, take); }
+  void end(const LineTaker& take) const { takeLine({buffer_.get(), kept_}, take); }
 
  private:
   void takeLine(std::string_view line, const LineTaker& take) const {
@@ -65,12 +159,46 @@ class ObjectLines {
     const auto ink = firstInk(begun);
     isPassedOver_ = isPassedOver_ || (ink && *ink != '{');
     kept_ = isPassedOver_ || !ink ? 0 : begun.size();
-    std::copy_n(begun.begin(), kept_, buffer_.begin());
+    std::copy_n(begun.begin(), kept_, buffer_.get());
   }
 
-  std::vector<char> buffer_ = std::vector<char>(portion);
+  /// Makes room behind a line that fills the buffer: a larger buffer, unless it is clear that it is no
+  /// object.
+  void judgeLongLine() {
+    if (judged_ == 0) {
+      begun_ = {};
+    }
+    if (begun_.add({buffer_.get() + judged_, kept_ - judged_})) {
+      judged_ = kept_;
+      resize(2 * size_);
+    } else {
+      isPassedOver_ = true;
+      kept_ = 0;
+    }
+  }
+
+  /// In place where the system can: another buffer beside this one would take half as much again.
+  void resize(std::size_t size) {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
+    auto* const resized = static_cast<char*>(std::realloc(buffer_.get(), size));
+    if (resized == nullptr) {
+      throw std::bad_alloc();
+    }
+    static_cast<void>(buffer_.release());
+    buffer_.reset(resized);
+    size_ = size;
+  }
+
+  struct Free {
+    void operator()(char* bytes) const noexcept { std::free(bytes); }  // NOLINT(cppcoreguidelines-no-malloc)
+  };
+
+  std::unique_ptr<char, Free> buffer_;
+  std::size_t size_ = 0;       // of the buffer
   std::size_t kept_ = 0;       // the bytes of a line that has not ended
   bool isPassedOver_ = false;  // of that line nothing is kept
+  BegunObject begun_;          // the first `judged_` bytes of that line
+  std::size_t judged_ = 0;
 };
 
 std::error_code lastError() { return {errno, std::system_category()}; }

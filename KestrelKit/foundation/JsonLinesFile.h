@@ -18,8 +18,8 @@ namespace kestrel {
 /// `illegal_byte_sequence` where the file as a whole is not UTF-8, and with `not_supported` for what is neither
 /// file nor folder (a pipe is not waited for); what was handed out by then counts for nothing.
 ///
-/// Reads a portion at a time. Only a line that begins with a brace is held whole, however long; of any other,
-/// and of blanks, nothing is kept.
+/// Reads a portion at a time. Only a line that can still become an object is held whole, however long: one
+/// that is longer than a portion (256 KiB) and whose tokens come in no order that an object has is passed over.
 [[nodiscard]] std::expected<void, FileError> readObjectLines(
     const std::filesystem::path& file, const std::function<void(std::string_view line)>& take);
 

@@ -102,6 +102,25 @@ TEST(Program, saysWhatIsWrongOfItsWordsTheFirst) {
   EXPECT_EQ(wrongUse({"--timezone", "--loud"}), R"(--timezone: "--loud" is not the name of a time zone)");
 }
 
+TEST(Program, takesANumberBelowZeroForNoOption) {
+  const auto taken = [](const char* word) {
+    Program program(nameAlone);
+    std::string number;
+    program.arguments().add_option("NUMBER", number)->required();
+    program.setAction([&] { return number; });
+    const char* const arguments[] = {"sample", word};
+    testing::internal::CaptureStdout();
+    program.run(2, arguments);
+    return testing::internal::GetCapturedStdout();
+  };
+  for (const char* number : {"-1", "-0", "-9", "-5e1", "-9223372036854775808", "-1=2"}) {
+    EXPECT_EQ(taken(number), number);
+  }
+  for (const char* option : {"-/", "-:", "-.5", "-x1", "--1"}) {
+    EXPECT_EQ(taken(option), "");
+  }
+}
+
 TEST(Program, givesNoValueToAFlag) {
   for (const char* value : {"", "true", "false", "1", "5"}) {
     for (const std::string flag : {"--loud", "--help", "--version", "-h"}) {

@@ -46,7 +46,7 @@ class LogCommands(KestrelTestCase):
     # Recording
 
     def test_what_only_records_prints_nothing(self):
-        for arguments in (["classification", "2024-05-01", "Mania", "90"], ["shadow", "2024-05-01", "Mania", "--", "-1"],
+        for arguments in (["classification", "2024-05-01", "Mania", "90"], ["shadow", "2024-05-01", "Mania", "-1"],
                           ["self-report", "2024-05-01", "Mania", "manual"], ["clear"]):
             self.assertEqual(self.log(*arguments), "")
 
@@ -81,9 +81,10 @@ class LogCommands(KestrelTestCase):
         for text, confidence in (("0", 0), ("5e1", 50), ("80.0", 80), ("9223372036854775807", 2**63 - 1)):
             self.log("classification", "2024-05-01", "Mania", text)
             self.assertEqual(self.events()[0]["confidence"], confidence)
-        self.log("classification", "2024-05-01", "Mania", "--", "-9223372036854775808")
-        self.assertEqual(self.events()[0]["confidence"], -2**63)
-        for text in ("80.5", "9223372036854775808", "1e19", "+5", "05", "0x10", "", " 5", "80%", "high"):
+        for words in (["-9223372036854775808"], ["--", "-9223372036854775808"]):
+            self.log("classification", "2024-05-01", "Mania", *words)
+            self.assertEqual(self.events()[0]["confidence"], -2**63)
+        for text in ("-0.5", "-9223372036854775809", "-01", "80.5", "9223372036854775808", "1e19", "+5", "05", "0x10", "", " 5", "80%", "high"):
             self.assert_refused(run("log", "--file", str(self.file), "classification", "2024-05-01", "Mania", text), 2,
                                 f'CONFIDENCE: "{text}" is not a whole number (see kestrel log classification --help)')
 
@@ -294,6 +295,17 @@ class LogCommands(KestrelTestCase):
         self.file.write_text(OLD + event + OLD, encoding="utf-8")
         self.assertEqual(self.log("export"), OLD + event + OLD)
 
+    def test_a_line_of_100_mb_takes_no_memory_where_it_is_no_object_and_its_own_once_where_it_may_be_one(self):
+        long = 100 * 2**20
+        self.file.write_text(OLD, encoding="utf-8")
+        small = self.peak("missed-elevated")
+        for begun, most in (("x", 4), ("{x", 4), ("{", 4), ('{"a":[', 4), ("{[,", 4), ('{"', 104)):
+            with open(self.file, "w", encoding="utf-8") as file:
+                file.write(OLD + begun + begun[-1] * long + "\n" + OLD)
+            self.assertLess(self.peak("missed-elevated"), small + most, begun)
+        self.file.write_text(OLD + line("2024-05-01T08:30:00Z", date="x" * long), encoding="utf-8")
+        self.assertLess(self.peak("missed-elevated"), small + 204)  # the event, and the line
+
     # Crashes, failures, and two at once
 
     def calls_of(self, *arguments):
@@ -339,9 +351,10 @@ class LogCommands(KestrelTestCase):
                         self.assertEqual(says, (0, "", ""))
                         self.assertTrue(added, text)
                     elif name == "log.jsonl" and number < renaming:  # the old log cannot be read
-                        self.assertEqual(says, (0, "", f"kestrel: {self.file}: {reason}\n"))
-                        self.assertEqual(text.count("\n"), 1)
-                        self.assertEqual((self.folder / "log.jsonl.unreadable").read_text(encoding="utf-8"), OLD)
+                        self.assertEqual(says, (3, f"[DogfoodLog] write failed: {self.file}: {reason}\n",
+                                                f"kestrel: {self.file}: {reason}\n"
+                                                f"kestrel: {self.file}: the log was not written\n"))
+                        self.assertEqual((text, self.names()), (OLD, ["log.jsonl"]))
                     else:
                         self.assertEqual(says, (3, f"[DogfoodLog] write failed: {self.file}: {reason}\n",
                                                 f"kestrel: {self.file}: the log was not written\n"))
@@ -355,9 +368,10 @@ class LogCommands(KestrelTestCase):
         listed = self.folder.with_name(self.folder.name + ".calls")
         self.addCleanup(lambda: listed.unlink(missing_ok=True))
         self.failing(*report, FAILING_CALLS_LIST=str(listed))
-        count = len(listed.read_text(encoding="utf-8").splitlines())
-        self.assertIn("renameat2", listed.read_text(encoding="utf-8"))
-        for number in range(1, count + 1):
+        calls = [entry.split(" ", 1)[0] for entry in listed.read_text(encoding="utf-8").splitlines()]
+        self.assertIn("renameat2", calls)
+        renaming = calls.index("rename") + 1
+        for number in range(1, len(calls) + 1):
             for error in ("EIO", "EINVAL", "EINTR", "SHORT", "KILL"):
                 with self.subTest(number=number, error=error):
                     for path in self.folder.iterdir():
@@ -369,8 +383,12 @@ class LogCommands(KestrelTestCase):
                     if done.returncode == 0:
                         self.assertEqual(kept[0].name, "log.jsonl.unreadable")
                         self.assertEqual(len(self.events()), 1)
+                    elif done.returncode == 3:
+                        renamed = self.file.exists() and self.file.read_bytes() != unreadable
+                        self.assertEqual(kept[0].name, "log.jsonl.unreadable" if renamed else "log.jsonl")
+                        self.assertEqual(renamed, number > renaming)
                     else:
-                        self.assertIn(done.returncode, (3, -9))
+                        self.assertEqual(done.returncode, -9)
 
     def test_two_programs_on_one_log_never_damage_it(self):
         def record(command):

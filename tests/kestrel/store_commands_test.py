@@ -194,6 +194,12 @@ class StoreCommands(KestrelTestCase):
             self.assert_refused(run("store", "--suite", str(self.suite), *call, input=json.dumps({**MANIA, "deliveryID": 7})),
                                 1, "deliveryID: expected text, found a number")
 
+    def test_an_error_that_is_no_text_is_refused_and_the_last_one_stays(self):
+        self.store("evidence", "error", "good")
+        self.assert_refused(run("store", "--suite", str(self.suite), "evidence", "error", b"a\xffb"), 2,
+                            'TEXT: "a\\xFFb" is not UTF-8 text (see kestrel store evidence error --help)')
+        self.assertEqual(json.loads(self.store("evidence"))["lastError"], "good")
+
     # What cannot be opened, read or written
 
     def test_a_suite_that_cannot_be_opened_ends_with_3_and_stays_as_it_is(self):

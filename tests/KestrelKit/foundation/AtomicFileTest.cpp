@@ -135,6 +135,22 @@ TEST_F(AtomicFile, isRidOfWhatAWriterThatEndedLeftBehind) {
   EXPECT_THAT(names(), ElementsAre("link"));
 }
 
+TEST_F(AtomicFile, isRidOfWhatAnotherThanRootMayOnlyRead) {
+  // Where root runs this, nobody is the user.
+  constexpr uid_t nobody = 65'534;
+  write(folder / abandoned, "half");
+  fs::permissions(folder / abandoned, fs::perms{0400});
+  const uid_t user = geteuid();
+  if (user == 0) {
+    ASSERT_EQ(chown(folder.path().c_str(), nobody, nobody), 0);
+    ASSERT_EQ(chown((folder / abandoned).c_str(), nobody, nobody), 0);
+    ASSERT_EQ(seteuid(nobody), 0);
+  }
+  removeAbandonedReplacements(file);
+  EXPECT_EQ(seteuid(user), 0);
+  EXPECT_THAT(names(), IsEmpty());
+}
+
 TEST_F(AtomicFile, keepsWhatAWriterThatLivesIsWriting) {
   write(folder / abandoned, "half");
   const int writer = open((folder / abandoned).c_str(), O_WRONLY | O_CLOEXEC);
@@ -172,6 +188,22 @@ TEST_F(AtomicFile, isSetAsideUnderTheFirstFreeName) {
   fs::create_symlink("nowhere", folder / "file.old-4");  // is not free
   write(file, "");
   EXPECT_EQ(setAside(file, ".old"), folder / "file.old-5");
+}
+
+TEST_F(AtomicFile, isPutBackUnlessAnotherHasItsName) {
+  fs::create_symlink("target", file);
+  write(folder / "target", "old");
+  const auto aside = setAside(file, ".old");
+  EXPECT_EQ(aside, folder / "target.old");
+  putBack(*aside, file);
+  EXPECT_EQ(contentOf(folder / "target"), "old");
+  EXPECT_THAT(names(), ElementsAre("file", "target"));
+
+  EXPECT_EQ(setAside(file, ".old"), aside);
+  write(folder / "target", "new");
+  putBack(*aside, file);
+  EXPECT_EQ(contentOf(folder / "target"), "new");
+  EXPECT_EQ(contentOf(*aside), "old");
 }
 
 TEST_F(AtomicFile, isNotSetAsideWhereThereIsNoneOrAFolder) {

@@ -46,7 +46,7 @@ TEST_F(JsonLinesFile, handsOutTheLinesThatBeginWithABrace) {
 
 TEST_F(JsonLinesFile, handsOutLinesWhereverTheyAreCut) {
   for (std::size_t before = portion - 8; before <= portion + 2; ++before) {
-    const std::string line = '{' + std::string(before - 2, 'x') + '\n';
+    const std::string line = "{\"" + std::string(before - 3, 'x') + '\n';
     ASSERT_EQ(line.size(), before);
     EXPECT_TRUE(linesOf(line + "{é}\n{👣") ==
                 (std::vector<std::string>{line.substr(0, before - 1), "{é}", "{👣"}));
@@ -59,10 +59,96 @@ TEST_F(JsonLinesFile, handsOutLinesWhereverTheyAreCut) {
 
 TEST_F(JsonLinesFile, handsOutALongLineWhole) {
   for (const std::size_t size : {2 * portion - 1, 2 * portion, 2 * portion + 1, 9 * portion}) {
-    const std::string line = '{' + std::string(size - 1, 'x');
+    const std::string line = "{\"" + std::string(size - 2, 'x');
     EXPECT_TRUE(linesOf(line) == std::vector{line});
     EXPECT_TRUE(linesOf("\n{}\n" + line + "\n{}") == (std::vector<std::string>{"{}", line, "{}"}));
   }
+}
+
+TEST_F(JsonLinesFile, passesOverALongLineThatCannotBecomeAnObject) {
+  const auto nested = [](std::size_t levels) {
+    std::string text = R"({"a":)";
+    for (std::size_t level = 1; level < levels; ++level) {
+      text += level % 2 == 0 ? R"({"a":)" : "[";
+    }
+    return text;
+  };
+  const std::string filler(portion, ' ');
+  const std::vector<std::string> possible{
+      "{",
+      "{}",
+      R"({"a")",
+      R"({"a":)",
+      R"({"a":1)",
+      R"({"a":[1,true)",
+      R"({"\\\"{[]}:,)",
+      R"({"a":{},"b":[[]],"c":-1e+5,"d":null)",
+      nested(512),
+  };
+  for (const std::string& begun : possible) {
+    EXPECT_EQ(linesOf("{}\n" + begun + filler + "\n{}").size(), 3U) << begun;
+  }
+  const std::vector<std::string> impossible{
+      "{x",
+      "{{",
+      "{[",
+      "{1",
+      "{,",
+      "{]",
+      R"({"a",)",
+      R"({"a"1)",
+      R"({"a":,)",
+      R"({"a":})",
+      R"({"a":1]})",
+      R"({"a":[1}})",
+      R"({"a":[1,]})",
+      R"({"a":1,})",
+      R"({"a":1 2)",
+      R"({"a":"b" "c")",
+      "{}1",
+      "{}{",
+      "{\"a\x01",
+      "{\"a\\\x01",
+      R"({"a":[[],,)",
+      std::string("{\"a\":\0", 6),
+      R"({"a":'b')",
+      nested(513),
+  };
+  for (const std::string& begun : impossible) {
+    EXPECT_EQ(linesOf("{}\n" + begun + filler + "\n{}").size(), 2U) << begun;
+    const std::string blanks(portion - begun.size() / 2, '\t');  // the cut goes through it
+    EXPECT_EQ(linesOf('{' + blanks + begun.substr(1) + filler + filler + "\n{}").size(), 1U) << begun;
+  }
+}
+
+/// A well-formed value as text, with blanks where they may stand.
+rc::Gen<std::string> json(int levels) {
+  const auto scalar = rc::gen::elementOf(std::vector<std::string>{
+      "1", "-0", "1.5E-7", "true", "false", "null", R"("")", R"("\\")", R"("\"{")", R"("]é👣\u00e9\/")"});
+  if (levels == 0) {
+    return scalar;
+  }
+  const auto values = rc::gen::resize(4, rc::gen::container<std::vector<std::string>>(json(levels - 1)));
+  const auto joined = [](const std::vector<std::string>& all, std::string_view before) {
+    std::string text;
+    for (const std::string& each : all) {
+      text += (text.empty() ? " " : "\t, ") + std::string(before) + each + ' ';
+    }
+    return text;
+  };
+  return rc::gen::oneOf(
+      scalar, rc::gen::map(values, [=](const auto& all) { return '[' + joined(all, "") + ']'; }),
+      rc::gen::map(values, [=](const auto& all) { return '{' + joined(all, R"("\\\"":)") + '}'; }));
+}
+
+TEST_F(JsonLinesFile, handsOutEveryLongObjectWhereverItIsCut) {
+  EXPECT_TRUE(rc::check([this] {
+    const std::string value = *json(3);
+    const std::string blanks(portion - *rc::gen::inRange<std::size_t>(2, value.size() + 8), ' ');
+    const std::string line =
+        '{' + blanks + R"("a":)" + value + R"(,"b":")" + std::string(portion, 'x') + R"("})";
+    RC_ASSERT(linesOf(line) == std::vector{line});
+  }));
 }
 
 TEST_F(JsonLinesFile, mustBeUtf8ToItsLastByteWhereverItIsCut) {
