@@ -16,9 +16,7 @@ struct LossyForm {
   static std::optional<std::vector<T>> read(JsonReader& value) {
     std::vector<T> elements;
     const bool isList = value.forEachElement([&](JsonReader& element) {
-      if (auto read = JsonForm<T>::read(element)) {
-        elements.push_back(*std::move(read));
-      } else {
+      if (!readOnto(elements, element)) {
         JsonForm<Discard>::read(element);
       }
     });

@@ -11,7 +11,7 @@ class JsonWriter;
 /// One field of a record: its JSON key and the two ways between JSON and the member. Made by field() in
 /// Record.h.
 struct JsonField {
-  std::string_view key;
+  std::string_view key;  ///< Plain: what JSON would have to escape is not in it.
   void (*read)(JsonReader& value,
                void* record);  ///< Leaves the member alone when the value is wrong, and noted.
   void (*write)(JsonWriter& writer, std::string_view key, const void* record);

@@ -6,6 +6,7 @@
 #include <KestrelKit/foundation/RawEnumeration.h>
 #include <KestrelKit/foundation/Uuid.h>
 
+#include <concepts>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -22,7 +23,11 @@ namespace kestrel {
 ///     static std::optional<T> read(JsonReader& value);        // absent: noted in the reader
 ///     static void write(JsonWriter& writer, const T& value);
 ///
-/// and a third where a member of that type may be left out of its object,
+/// another one where T is large, which the elements of a list are read with,
+///
+///     static bool readInto(JsonReader& value, T& fresh);      // false: noted in the reader
+///
+/// and one more where a member of that type may be left out of its object,
 ///
 ///     static bool isLeftOut(const T& value);
 ///
@@ -112,23 +117,41 @@ struct JsonForm<std::optional<T>> {
   static bool isLeftOut(const std::optional<T>& value) noexcept { return !value; }
 };
 
+/// Adds the value to the end of `list`, without moving it there if its form can help it; false, and noted,
+/// and nothing added, when it is wrong.
+template <class T>
+bool readOnto(std::vector<T>& list, JsonReader& value) {
+  if constexpr (requires(T& fresh) { JsonForm<T>::readInto(value, fresh); }) {
+    if (!JsonForm<T>::readInto(value, list.emplace_back())) {
+      list.pop_back();
+      return false;
+    }
+    return true;
+  } else {
+    auto read = JsonForm<T>::read(value);
+    if (read) {
+      list.push_back(*std::move(read));
+    }
+    return read.has_value();
+  }
+}
+
 /// A list; one wrong element costs the list.
 template <class T>
 struct JsonForm<std::vector<T>> {
   static std::optional<std::vector<T>> read(JsonReader& value) {
-    std::vector<T> list;
-    if constexpr (std::is_arithmetic_v<T>) {
-      list.reserve(value.scalarsInList());
-    }
-    const bool isWhole = value.forEachElement([&](JsonReader& element) {
-      if (auto read = JsonForm<T>::read(element)) {
-        list.push_back(std::move(*read));
+    if constexpr (std::same_as<T, std::int64_t>) {
+      return value.integers();
+    } else {
+      std::vector<T> list;
+      if constexpr (std::is_arithmetic_v<T>) {
+        list.reserve(value.scalarsInList());
       }
-    });
-    if (!isWhole) {
-      return std::nullopt;
+      if (!value.forEachElement([&](JsonReader& element) { readOnto(list, element); })) {
+        return std::nullopt;
+      }
+      return list;
     }
-    return list;
   }
 
   static void write(JsonWriter& writer, const std::vector<T>& list) {

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -111,16 +112,46 @@ constexpr std::optional<Decimal> shortDecimal(std::string_view token) noexcept {
   return Decimal{isNegative ? -value : value, places};
 }
 
+// What shortInteger() gives for what is none.
+constexpr std::int64_t notShort = -1;
+
+// The number that `size` digits at `place` make, 1 to 8 of them; notShort when one is no digit or they begin
+// with a zero that may not be there. Reads 8 bytes. The digits are looked at all at once, as the bytes of one
+// word: a loop over them ends each time at another place, and that a processor guesses the place wrong costs
+// more than all else. Likewise the result is no optional, which in two registers is slow to take apart.
+inline std::int64_t shortInteger(const char* place, std::size_t size) noexcept {
+  constexpr auto each = [](std::uint64_t byte) { return byte * 0x0101010101010101; };
+  std::uint64_t word = 0;
+  std::memcpy(&word, place, sizeof word);
+  if constexpr (std::endian::native == std::endian::big) {
+    word = std::byteswap(word);
+  }
+  // Digits become their values; what lies behind them leaves the word, and zeros come in before them.
+  word = (word ^ each('0')) << (8 * (sizeof word - size));
+  constexpr std::uint64_t highest = 0x80;
+  const std::uint64_t others = ((word + each(highest - 10)) | word) & each(highest);
+  const auto zeroBefore = static_cast<std::uint64_t>((*place == '0') & (size > 1));  // not &&: no guess
+  if ((others | zeroBefore) != 0) {
+    return notShort;
+  }
+  word = (10 * word + (word >> 8U)) & 0x00FF00FF00FF00FF;       // pairs of digits
+  word = (100 * word + (word >> 16U)) & 0x0000FFFF0000FFFF;     // fours
+  word = (10'000 * word + (word >> 32U)) & 0x00000000FFFFFFFF;  // all eight
+  return static_cast<std::int64_t>(word);
+}
+
 // Powers of ten that a 64-bit float holds exactly.
 constexpr std::array<double, 19> powersOfTen{1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8, 1e9,
                                              1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18};
 
-// Both sides of the division are exact, so that its rounding is the only one (Clinger 1990).
-std::optional<double> nearestFloat(const Decimal& decimal) noexcept {
+// Whether a 64-bit float holds the digits exactly.
+constexpr bool isExact(const Decimal& decimal) noexcept {
   constexpr std::int64_t exact = std::int64_t{1} << 53;
-  if (decimal.digits > exact || decimal.digits < -exact || decimal.digits == 0) {  // -0 has a sign
-    return std::nullopt;
-  }
+  return decimal.digits <= exact && decimal.digits >= -exact && decimal.digits != 0;  // -0 has a sign
+}
+
+// Of what isExact(): both sides of the division are, so that its rounding is the only one (Clinger 1990).
+constexpr double nearestFloat(const Decimal& decimal) noexcept {
   return static_cast<double>(decimal.digits) / powersOfTen[decimal.places];
 }
 
@@ -321,6 +352,26 @@ struct JsonReader::Document {
     return quoted.substr(1, quoted.size() - 2);
   }
 
+  // Whether the token `name` is the text of `key`, which needs no escapes, with a colon close behind it.
+  bool isMember(Token name, std::string_view key) const noexcept {
+    constexpr std::size_t quotes = 2;
+    if (last - name < 2 || name[1] - *name != key.size() + quotes || text[name[1]] != ':') {
+      return false;
+    }
+    const char* const quoted = text.data() + *name;
+    return *quoted == '"' && quoted[key.size() + 1] == '"' && std::string_view{quoted + 1, key.size()} == key;
+  }
+
+  // The token there as an integer if it is one of at most 8 digits with another token close behind it;
+  // else notShort.
+  std::int64_t shortInteger(Token token) const noexcept {
+    constexpr std::size_t mostDigits = 8;
+    if (last - token < 2 || token[1] - *token > mostDigits || text.size() - *token < mostDigits) {
+      return notShort;
+    }
+    return kestrel::shortInteger(text.data() + *token, token[1] - *token);
+  }
+
   // Escapes resolved. Lives as long as the document.
   std::optional<std::string_view> resolved(std::string_view raw) {
     if (!hasEscape(raw)) {
@@ -346,6 +397,7 @@ struct JsonReader::Place {
   Place(Document& document_, const Place* parent_, Step step_, std::size_t depth_)
       : document(document_), parent(parent_), step(step_), depth(depth_) {
     goOn();
+    noteFromHere();
   }
 
   Document& document;
@@ -363,6 +415,10 @@ struct JsonReader::Place {
   void goOn() noexcept {
     token = document.next;
     taken = false;
+  }
+
+  // What is noted from now on is about the value here.
+  void noteFromHere() noexcept {
     notesBefore = document.notes.size();
     remarksBefore = document.remarks.size();
   }
@@ -405,21 +461,24 @@ struct JsonReader::Place {
   bool isRemarked() const noexcept { return isWrong() || document.remarks.size() > remarksBefore; }
 
   Kind kind() const noexcept {
-    switch (document.first(token)) {
-      case '{':
-        return Kind::object;
-      case '[':
-        return Kind::list;
-      case '"':
-        return Kind::text;
-      case 't':
-      case 'f':
-        return Kind::boolean;
-      case 'n':
-        return Kind::null;
-      default:
-        return Kind::number;
-    }
+    static constexpr auto kinds = [] {
+      std::array<Kind, 256> byFirst{};
+      byFirst.fill(Kind::number);
+      byFirst['{'] = Kind::object;
+      byFirst['['] = Kind::list;
+      byFirst['"'] = Kind::text;
+      byFirst['t'] = Kind::boolean;
+      byFirst['f'] = Kind::boolean;
+      byFirst['n'] = Kind::null;
+      return byFirst;
+    }();
+    return kinds[static_cast<unsigned char>(document.first(token))];
+  }
+
+  // Takes the first token of the value.
+  void take() noexcept {
+    taken = true;
+    document.next = token + (token != document.last ? 1 : 0);
   }
 
   // The token here, which is a scalar, and the blanks behind it.
@@ -448,6 +507,21 @@ struct JsonReader::Place {
     return literal;
   }
 
+  // Goes on, over integers that are quickly read and followed by another element, and adds them to `list`.
+  void passShortIntegers(std::vector<std::int64_t>& list) {
+    Document::Token passed = token;
+    while (true) {
+      const std::int64_t value = document.shortInteger(passed);
+      if (value == notShort || document.first(passed + 1) != ',') {
+        break;
+      }
+      list.push_back(value);
+      ++index;
+      passed += 2;
+    }
+    token = document.next = passed;
+  }
+
   std::optional<bool> takeBoolean() {
     const std::string_view literal = takeScalar();
     if (literal != "true" && literal != "false") {
@@ -463,8 +537,14 @@ struct JsonReader::Place {
     }
   }
 
+  // `likelyKey()` is asked for the key that likely comes next, if any does: it needs no escapes.
+  template <class Visit, class LikelyKey>
+  void takeMembers(Visit visit, LikelyKey likelyKey);
+
   template <class Visit>
-  void takeMembers(Visit visit);
+  void takeMembers(Visit visit) {
+    takeMembers(visit, [] { return std::string_view{}; });
+  }
 
   template <class Visit>
   void takeElements(Visit visit) {
@@ -482,12 +562,12 @@ struct JsonReader::Place {
       if (document.failed()) {
         return;
       }
-      if (place.isWrong()) {
-        auto note = place.takeNote();
-        if (!isWrong()) {
+      if (place.isRemarked()) {
+        if (auto note = place.takeNote(); note && !isWrong()) {
           place.prependStep(note->path);
           document.notes.push_back(*std::move(note));
         }
+        place.noteFromHere();
       }
       if (!isFollowed(']')) {
         return;
@@ -525,11 +605,6 @@ struct JsonReader::Place {
   }
 
  private:
-  void take() noexcept {
-    taken = true;
-    document.next = token + (token != document.last ? 1 : 0);
-  }
-
   bool descend() {
     take();
     if (depth < deepest) {
@@ -537,6 +612,27 @@ struct JsonReader::Place {
     }
     document.fail("is nested beyond 512 levels", where());
     return false;
+  }
+
+  // The key of a member, and the colon behind it; `likely` is what it likely is.
+  bool takeKey(std::string_view likely, std::string_view& found) {
+    const Document::Token name = document.next;
+    const Document::Token colon = name + 1;
+    if (document.isMember(name, likely)) {
+      found = likely;
+    } else if (document.first(name) != '"') {
+      document.fail(document.place(name));
+      return false;
+    } else if (document.first(colon) != ':') {
+      document.fail(document.place(colon));
+      return false;
+    } else if (const auto resolved = document.resolved(document.betweenQuotes(name, colon))) {
+      found = *resolved;
+    } else {
+      return false;
+    }
+    document.next = colon + 1;
+    return true;
   }
 
   // Behind a member or element: whether another one follows. If not, `close` does, or the document fails.
@@ -557,6 +653,7 @@ class JsonReader::LastValues {
  public:
   bool empty() const noexcept { return byKey_.empty(); }
 
+  // Leaves nothing noted about the member, so that the next one's notes begin where its did.
   void take(Place& member) {
     const auto listed = byKey_.find(member.key);
     if (!member.isRemarked()) {
@@ -604,8 +701,8 @@ class JsonReader::LastValues {
   std::size_t count_ = 0;
 };
 
-template <class Visit>
-void JsonReader::Place::takeMembers(Visit visit) {
+template <class Visit, class LikelyKey>
+void JsonReader::Place::takeMembers(Visit visit, LikelyKey likelyKey) {
   if (!descend()) {
     return;
   }
@@ -616,22 +713,9 @@ void JsonReader::Place::takeMembers(Visit visit) {
   LastValues noted;
   Place place{document, this, Step::member, depth + 1};
   do {
-    const Document::Token name = document.next;
-    if (document.first(name) != '"') {
-      document.fail(document.place(name));
+    if (!takeKey(likelyKey(), place.key)) {
       return;
     }
-    const Document::Token colon = name + 1;
-    if (document.first(colon) != ':') {
-      document.fail(document.place(colon));
-      return;
-    }
-    const auto resolved = document.resolved(document.betweenQuotes(name, colon));
-    if (!resolved) {
-      return;
-    }
-    document.next = colon + 1;
-    place.key = *resolved;
     place.goOn();
     visit(place);
     place.finish();
@@ -677,6 +761,11 @@ constexpr std::string_view nameOf(JsonReader::Kind kind) noexcept {
   return {};
 }
 
+// Two texts are mostly the same one here, and need not be compared.
+bool isSame(std::string_view one, std::string_view other) noexcept {
+  return one.size() == other.size() && (one.data() == other.data() || one == other);
+}
+
 std::string expected(std::string_view what, JsonReader::Kind found) {
   return fmt::format("expected {}, found {}", what, nameOf(found));
 }
@@ -701,51 +790,80 @@ std::optional<bool> JsonReader::boolean() {
   return place_->takeBoolean();
 }
 
-std::optional<double> JsonReader::number() {
-  if (kind() != Kind::number) {
-    return refuse(expected("a number", kind()));
+bool JsonReader::read(double& value) {
+  if (place_->kind() != Kind::number) {
+    refuse(expected("a number", kind()));
+    return false;
   }
-  if (const auto decimal = shortDecimal(place_->takeToken())) {
-    if (const auto value = nearestFloat(*decimal)) {
-      return value;
-    }
+  const auto decimal = shortDecimal(place_->takeToken());
+  if (decimal && isExact(*decimal)) {
+    value = nearestFloat(*decimal);
+    return true;
   }
   const auto literal = place_->takeNumber();
   if (!literal) {
-    return std::nullopt;
+    return false;
   }
-  const auto value = nearestFloat(*literal);
-  if (!value) {
-    return refuse(fmt::format("{} is too large for a 64-bit float", shortened(*literal)));
+  const auto nearest = nearestFloat(*literal);
+  if (!nearest) {
+    refuse(fmt::format("{} is too large for a 64-bit float", shortened(*literal)));
+    return false;
   }
-  return value;
+  value = *nearest;
+  return true;
 }
 
-std::optional<std::int64_t> JsonReader::integer() {
+bool JsonReader::read(std::int64_t& value) {
+  value = place_->document.shortInteger(place_->token);
+  if (value != notShort) {
+    place_->take();
+    return true;
+  }
   if (kind() != Kind::number) {
-    return refuse(expected("an integer", kind()));
+    refuse(expected("an integer", kind()));
+    return false;
   }
   if (const auto decimal = shortDecimal(place_->takeToken()); decimal && decimal->places == 0) {
-    return decimal->digits;
+    value = decimal->digits;
+    return true;
   }
   const auto literal = place_->takeNumber();
   if (!literal) {
-    return std::nullopt;
+    return false;
   }
   if (literal->find_first_of(".eE") == std::string_view::npos) {
-    std::int64_t value = 0;
     if (std::from_chars(literal->data(), literal->data() + literal->size(), value).ec == std::errc{}) {
-      return value;
+      return true;
     }
-  } else if (const auto value = nearestFloat(*literal);
-             value && *value >= -0x1p63 && *value < 0x1p63 && std::trunc(*value) == *value) {
-    return static_cast<std::int64_t>(*value);
+  } else if (const auto nearest = nearestFloat(*literal);
+             nearest && *nearest >= -0x1p63 && *nearest < 0x1p63 && std::trunc(*nearest) == *nearest) {
+    value = static_cast<std::int64_t>(*nearest);
+    return true;
   }
-  return refuse(fmt::format("{} is not an integer of 64 bits", shortened(*literal)));
+  refuse(fmt::format("{} is not an integer of 64 bits", shortened(*literal)));
+  return false;
+}
+
+std::optional<std::vector<std::int64_t>> JsonReader::integers() {
+  if (kind() != Kind::list) {
+    return refuse(expected("a list", kind()));
+  }
+  std::vector<std::int64_t> list;
+  list.reserve(scalarsInList());
+  place_->takeElements([&](Place& element) {
+    element.passShortIntegers(list);
+    if (const auto value = JsonReader{element}.integer()) {
+      list.push_back(*value);
+    }
+  });
+  if (isWrong()) {
+    return std::nullopt;
+  }
+  return list;
 }
 
 bool JsonReader::null() {
-  if (kind() != Kind::null) {
+  if (place_->kind() != Kind::null) {
     return false;
   }
   place_->takeNull();
@@ -766,22 +884,43 @@ std::size_t JsonReader::scalarsInList() const noexcept {
   if (kind() != Kind::list || document.first(place_->token + 1) == ']') {
     return 0;
   }
-  std::size_t commas = 0;
-  for (auto token = place_->token + 1; token != document.last; ++token) {
-    switch (document.first(token)) {
-      case ',':
-        ++commas;
-        break;
-      case ']':
-        return commas + 1;
-      case '[':
-      case '{':
-        return 0;
-      default:
-        break;
+  std::size_t elements = 1;
+  for (auto behind = place_->token + 2; behind < document.last; behind += 2) {
+    const char c = document.text[*behind];
+    if (c != ',') {
+      return c == ']' ? elements : 0;
     }
+    ++elements;
   }
   return 0;
+}
+
+bool JsonReader::isWrong() const noexcept { return place_->document.failed() || place_->isWrong(); }
+
+std::optional<JsonReader::FieldSet> JsonReader::members(JsonFields fields, void* record) {
+  if (kind() != Kind::object) {
+    return refuse(expected("an object", kind()));
+  }
+  FieldSet seen = 0;
+  std::size_t likely = 0;  // keys mostly come in the order of the declaration
+  place_->takeMembers(
+      [&](Place& member) {
+        for (std::size_t tried = 0; tried < fields.size(); ++tried) {
+          const std::size_t place = std::exchange(likely, likely + 1 < fields.size() ? likely + 1 : 0);
+          const std::string_view key = fields[place].key;
+          if (isSame(key, member.key)) {
+            seen |= FieldSet{1} << place;
+            JsonReader reader{member};
+            fields[place].read(reader, record);
+            return;
+          }
+        }
+      },
+      [&] { return fields.empty() ? std::string_view{} : fields[likely].key; });
+  if (isWrong()) {
+    return std::nullopt;
+  }
+  return seen;
 }
 
 bool JsonReader::forEachMember(void (*visit)(void*, std::string_view, JsonReader&), void* state) {
@@ -793,7 +932,7 @@ bool JsonReader::forEachMember(void (*visit)(void*, std::string_view, JsonReader
     JsonReader reader{member};
     visit(state, member.key, reader);
   });
-  return !place_->document.failed() && !place_->isWrong();
+  return !isWrong();
 }
 
 bool JsonReader::forEachElement(void (*visit)(void*, JsonReader&), void* state) {
@@ -805,7 +944,7 @@ bool JsonReader::forEachElement(void (*visit)(void*, JsonReader&), void* state) 
     JsonReader reader{element};
     visit(state, reader);
   });
-  return !place_->document.failed() && !place_->isWrong();
+  return !isWrong();
 }
 
 std::nullopt_t JsonReader::refuse(std::string message) {

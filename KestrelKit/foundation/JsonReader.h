@@ -2,6 +2,7 @@
 
 #include <KestrelKit/foundation/DateStrategy.h>
 #include <KestrelKit/foundation/JsonError.h>
+#include <KestrelKit/foundation/JsonField.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -40,11 +41,15 @@ class JsonReader {
   std::optional<bool> boolean();
 
   /// The number here as its nearest 64-bit float: any literal but one too large.
-  std::optional<double> number();
+  std::optional<double> number() { return read<double>(); }
 
   /// The number here when it lies in the signed 64-bit range: exactly, where the literal has neither fraction
   /// nor exponent; else when its nearest 64-bit float is whole and in that range.
-  std::optional<std::int64_t> integer();
+  std::optional<std::int64_t> integer() { return read<std::int64_t>(); }
+
+  /// The list here, each element as integer() reads it. Absent, and noted, when no list is here or an element
+  /// is wrong.
+  std::optional<std::vector<std::int64_t>> integers();
 
   /// Reads a `null` if one is here, and says whether it was.
   bool null();
@@ -53,8 +58,17 @@ class JsonReader {
   /// tokens.
   std::optional<std::string> json();
 
-  /// How many elements the list here has, to make room for them, when none is an object or a list; else 0.
+  /// How many elements the list here has, to make room for them, when none is an object or a list; otherwise
+  /// no more than it has.
   std::size_t scalarsInList() const noexcept;
+
+  /// A set of fields, by their place in the declaration: the lowest bit is the first one.
+  using FieldSet = std::uint64_t;
+
+  /// Reads the object here into `record`, of the type that declares `fields`, of which there are at most 64.
+  /// Members that have no field are read over. Gives the fields whose keys were there; absent, and noted,
+  /// when no object is here or a member is wrong.
+  std::optional<FieldSet> members(JsonFields fields, void* record);
 
   /// Calls `visit(std::string_view key, JsonReader& value)` for each member of the object here, in order,
   /// repeated keys included; the key is valid during the call. False, and noted, when no object is here or a
@@ -102,6 +116,18 @@ class JsonReader {
                                                  void*, void (*)(void*, JsonReader&));
 
   explicit JsonReader(Place& place) noexcept : place_(&place) {}
+
+  bool isWrong() const noexcept;
+
+  // What number() and integer() do. They are made of these here, where their callers see it, for an optional
+  // that a function returns in two registers is slow to be put together again.
+  bool read(double& value);
+  bool read(std::int64_t& value);
+  template <class T>
+  std::optional<T> read() {
+    T value{};
+    return read(value) ? std::optional{value} : std::nullopt;
+  }
 
   bool forEachMember(void (*visit)(void*, std::string_view, JsonReader&), void* state);
   bool forEachElement(void (*visit)(void*, JsonReader&), void* state);

@@ -84,11 +84,13 @@ template <Record T>
 struct JsonForm<T> {
   static std::optional<T> read(JsonReader& value) {
     std::optional<T> record{std::in_place};
-    if (!readFields(value, T::jsonFields(), &*record)) {
+    if (!readInto(value, *record)) {
       record.reset();
     }
     return record;
   }
+
+  static bool readInto(JsonReader& value, T& record) { return readFields(value, T::jsonFields(), &record); }
 
   static void write(JsonWriter& writer, const T& record) { writeFields(writer, T::jsonFields(), &record); }
 };

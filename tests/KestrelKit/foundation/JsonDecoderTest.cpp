@@ -5,11 +5,17 @@
 #include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 #include <map>
 #include <optional>
+#include <random>
+#include <regex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -438,6 +444,187 @@ TEST(JsonDecoder, readsAnyLiteralAsItsNearestFloat) {
     EXPECT_NE(errorOf<double>(json), "none") << json;
   }
   EXPECT_EQ(errorOf<double>("1e400"), "1e400 is too large for a 64-bit float");
+}
+
+// What the number `literal` is by RFC 8259 and the C library; absent when it is none, or not of that type.
+struct Meaning {
+  bool isNumber;
+  std::optional<std::int64_t> integer;
+  std::optional<double> number;
+};
+
+Meaning meaningOf(const std::string& literal) {
+  static const std::regex number("-?(0|[1-9][0-9]*)(\\.[0-9]+)?([eE][+-]?[0-9]+)?");
+  Meaning meaning{.isNumber = std::regex_match(literal, number), .integer = {}, .number = {}};
+  if (!meaning.isNumber) {
+    return meaning;
+  }
+  if (const double value = std::strtod(literal.c_str(), nullptr); std::isfinite(value)) {
+    meaning.number = value;
+  }
+  if (literal.find_first_of(".eE") == std::string::npos) {
+    errno = 0;
+    const long long value = std::strtoll(literal.c_str(), nullptr, 10);
+    if (errno == 0) {
+      meaning.integer = value;
+    }
+  } else if (const auto value = meaning.number;
+             value && *value >= -0x1p63 && *value < 0x1p63 && std::trunc(*value) == *value) {
+    meaning.integer = static_cast<std::int64_t>(*value);
+  }
+  return meaning;
+}
+
+// Alone, in a record and in a list, with and without blanks, followed by another one and as the last one.
+void expectMeaning(const std::string& literal) {
+  const Meaning meaning = meaningOf(literal);
+  const std::string lists[] = {"[" + literal + "]", "[7," + literal + ",12345678,9]", "[7,8," + literal + "]",
+                               "[7 , " + literal + " , 1\n]", "[7," + literal + "\t,1] "};
+  const auto expectElement = [&](const auto& list, const auto& value, std::size_t place, const auto& json) {
+    ASSERT_EQ(list.has_value(), value.has_value()) << json;
+    if (value) {
+      ASSERT_GT(list->size(), place) << json;
+      EXPECT_EQ((*list)[place], *value) << json;
+      EXPECT_EQ(std::signbit(static_cast<double>((*list)[place])), std::signbit(static_cast<double>(*value)));
+      EXPECT_EQ(list->size(), 1 + static_cast<std::size_t>(std::ranges::count(json, ','))) << json;
+    } else {
+      EXPECT_EQ(list.error().path.empty(), !meaning.isNumber) << json;
+    }
+  };
+  for (std::size_t place = 0; place < std::size(lists); ++place) {
+    const std::size_t element = place == 0 ? 0 : place == 2 ? 2 : 1;
+    const std::string& list = lists[place];
+    expectElement(decoder.decode<std::vector<std::int64_t>>(list), meaning.integer, element, list);
+    expectElement(decoder.decode<std::vector<double>>(list), meaning.number, element, list);
+  }
+  EXPECT_EQ(decoder.decode<std::int64_t>(literal).has_value(), meaning.integer.has_value()) << literal;
+  EXPECT_EQ(decoder.decode<std::int64_t>(literal).value_or(-77), meaning.integer.value_or(-77)) << literal;
+  EXPECT_EQ(decoder.decode<double>(literal).has_value(), meaning.number.has_value()) << literal;
+  EXPECT_EQ(decoder.decode<double>(literal).value_or(-77), meaning.number.value_or(-77)) << literal;
+  for (const std::string& rest : {R"(,"inner":[],"padding":0})"s, R"( ,"inner":[]})"s}) {
+    const auto ring = decoder.decode<Ring>(R"({"date":"d","ring_number":)" + literal + rest);
+    EXPECT_EQ(ring.has_value(), meaning.integer.has_value()) << literal;
+    EXPECT_EQ(ring.value_or(Ring{.date = "", .number = -77}).number, meaning.integer.value_or(-77)) << literal;
+  }
+}
+
+TEST(JsonDecoder, readsNumbersOfEveryLengthAlikeWhereverTheyStand) {
+  for (const char digit : {'0', '1', '9'}) {
+    for (std::size_t size = 1; size <= 21; ++size) {
+      for (const std::string& before : {""s, "-"s, "0"s, "-0"s, "1"s, "-9"s, "0."s, "-0.0"s, "12345678."s}) {
+        for (const std::string& behind :
+             {""s, "0"s, ".0"s, ".5"s, "e0"s, "E1"s, "a"s, "-"s, "."s, "/"s, ":"s}) {
+          expectMeaning(before + std::string(size, digit) + behind);
+        }
+      }
+    }
+  }
+}
+
+TEST(JsonDecoder, readsNumbersAtTheBoundariesOfItsQuickWays) {
+  // clang-format off
+  const std::string literals[] = {
+      // as many digits as are read at once, and one more
+      "7", "0", "-0", "-1", "99999999", "100000000", "-99999999", "00000000", "01234567", "-01",
+      // 15 to 18 digits; 2^53, to which a float holds every integer
+      "999999999999999", "1000000000000000", "99999999999999999", "999999999999999999",
+      "9007199254740992", "9007199254740993", "-9007199254740992", "-9007199254740993",
+      "900719925474099.2", "900719925474099.3", "0.9007199254740993", "0.1234567890123456",
+      "0.12345678901234567", "0.123456789012345678", "0.000000000000000001", "0.0000000000000000001",
+      // 19 and 20 digits; the ends of 64 bits
+      "1000000000000000000", "9223372036854775807", "9223372036854775808", "-9223372036854775808",
+      "-9223372036854775809", "18446744073709551615", "18446744073709551616", "18446744073709551617",
+      // powers of ten that a float holds exactly, and those beyond
+      "1e22", "1e23", "-1e22", "-1e23", "9007199254740991e22", "9007199254740993e22", "123456789e22",
+      "123456789e23", "1e-22", "1e-23", "9007199254740991e-22", "123456789012345e-22", "123456789012345e-23",
+      "1.7976931348623157e308", "1.7976931348623159e308",
+  };
+  // clang-format on
+  for (const std::string& literal : literals) {
+    expectMeaning(literal);
+  }
+}
+
+// Digits at random, with what may and may not stand before, between and behind them.
+TEST(JsonDecoder, readsRandomNumbersAsTheCLibraryDoes) {
+  std::mt19937_64 random(20240501);
+  const auto upTo = [&](std::uint64_t most) { return random() % (most + 1); };
+  const auto digits = [&](std::size_t least, std::size_t most) {
+    std::string text(least + upTo(most - least), '0');
+    for (char& c : text) {
+      c = static_cast<char>('0' + upTo(9));
+    }
+    return text;
+  };
+  for (int round = 0; round < 20'000; ++round) {
+    std::string literal = (upTo(2) == 0 ? "-" : "") + digits(1, upTo(3) == 0 ? 20 : 9);
+    if (upTo(2) == 0) {
+      literal += '.' + digits(upTo(9) == 0 ? 0 : 1, 19);
+    }
+    if (upTo(3) == 0) {
+      literal += (upTo(1) == 0 ? "e" : "E-") + digits(1, 2);
+    }
+    if (upTo(9) == 0) {
+      constexpr std::string_view others = "!#$%&'()*+-./;<=>?@AEZ^_`aez|~\x7f";
+      literal[upTo(literal.size() - 1)] = others[upTo(others.size() - 1)];
+    }
+    expectMeaning(literal);
+    if (HasFailure()) {
+      return;
+    }
+  }
+}
+
+TEST(JsonDecoder, findsWhatIsWrongInAListOfIntegersWhereItStands) {
+  using Integers = std::vector<std::int64_t>;
+  EXPECT_EQ(errorOf<Integers>("[1,22,333,null,4,true]"), "[3]: expected an integer, found null");
+  EXPECT_EQ(errorOf<Integers>("[1,22,1.5,4]"), "[2]: 1.5 is not an integer of 64 bits");
+  EXPECT_EQ(errorOf<Integers>("[null,1,22,true]"), "[0]: expected an integer, found null");
+  EXPECT_EQ(errorOf<Integers>("[1,[2],3]"), "[1]: expected an integer, found a list");
+  EXPECT_EQ(errorOf<Integers>("[1,22,]        "), "the document is not well-formed JSON at byte 6");
+  EXPECT_EQ(errorOf<Integers>("[1,22,,3]      "), "the document is not well-formed JSON at byte 6");
+  EXPECT_EQ(errorOf<Integers>("[1,22:3]       "), "the document is not well-formed JSON at byte 5");
+  EXPECT_EQ(errorOf<Integers>("[1,22}         "), "the document is not well-formed JSON at byte 5");
+  EXPECT_EQ(errorOf<Integers>("[1,22          "), "the document is not well-formed JSON at byte 15");
+  EXPECT_EQ(errorOf<Integers>("[1,022,3]      "), "the document is not well-formed JSON at byte 3");
+  EXPECT_EQ(errorOf<Integers>("[true,022,3]   "), "the document is not well-formed JSON at byte 6");
+  EXPECT_EQ(errorOf<Integers>("{}"), "expected a list, found an object");
+  EXPECT_EQ(decoder.decode<Integers>(" [ ] "), Integers{});
+  EXPECT_EQ((errorOf<std::vector<Integers>>("[[1,2,3],[4,5,\"6\",7],[8]]")),
+            "[1][2]: expected an integer, found text");
+}
+
+// The key that the declaration lets expect, and those that look like it.
+TEST(JsonDecoder, takesKeysHoweverTheyAreWritten) {
+  const Ring ring{.date = "d", .number = 5};
+  for (const std::string_view json : {
+           R"({"date":"d","ring_number":5,"inner":[]})",
+           R"({"date" :"d","ring_number"  : 5,"inner":[]})",
+           R"({ "date"
+             :"d" , "ring_number":5,"inner":[]})",
+           R"({"d\u0061te":"d","ring\u005Fnumber":5,"\u0069nner":[]})",
+           R"({"inner":[],"ring_number":5,"date":"d"})",
+           R"({"dat":1,"date":"d","ring_numbers":1,"ring_number":5,"ring_numbeR":1,"inner":[]})",
+           R"({"datE":1,"Date":2,"date\"":3,"\"date":4,"date":"d","ring_number":5,"":6,"inner":[]})",
+           R"({"date":"x","date":"d","ring_number":6,"ring_number":5,"inner":[]})",
+       }) {
+    EXPECT_EQ(errorOf<Ring>(json), "none") << json;
+    EXPECT_EQ(decoder.decode<Ring>(json).value_or(Ring{}), ring) << json;
+  }
+  EXPECT_EQ(errorOf<Ring>(R"({"date","inner":[]})"), "the document is not well-formed JSON at byte 7");
+  EXPECT_EQ(errorOf<Ring>(R"({"date"})"), "the document is not well-formed JSON at byte 7");
+  EXPECT_EQ(errorOf<Ring>(R"({"date":})"), "the document is not well-formed JSON at byte 8");
+  EXPECT_EQ(errorOf<Ring>(R"({"date")"), "the document is not well-formed JSON at byte 7");
+  EXPECT_EQ(errorOf<Ring>(R"({"date":)"), "the document is not well-formed JSON at byte 8");
+  EXPECT_EQ(errorOf<Ring>(R"({"date":"d","inner":[],"ring_number":5,"date":7})"),
+            "date: expected text, found a number");
+}
+
+// An element that is dropped or refused leaves nothing of itself in the list that it was read into.
+TEST(JsonDecoder, leavesNothingOfAWrongElement) {
+  const auto ring = decoder.decode<Ring>(R"({"date":"d","inner":[{"date":"e","inner":[]},{"date":"f"}]})");
+  ASSERT_FALSE(ring);
+  EXPECT_EQ(ring.error().text(), "inner[1].inner: is missing");
 }
 
 TEST(JsonDecoder, judgesANumberByTheFieldThatTakesIt) {
