@@ -2,19 +2,16 @@
 // through everything that can happen while it writes a file. What it does is told by the environment:
 //
 //   FAILING_CALLS_UNDER  Only calls on this folder, or on what lies in it, are counted. An absolute path
-//   without
-//                        symbolic links. Without it nothing is counted.
+//                        without symbolic links. Without it nothing is counted.
 //   FAILING_CALLS_LIST   A file outside that folder: each counted call adds a line, its name, a blank and
-//   what it
-//                        is called on, so that a test knows which there are.
+//                        what it is called on, so that a test knows which there are.
 //   FAILING_CALLS_AT     Which of the counted calls does not do as it should, from 1. Without it none.
 //   FAILING_CALLS_WITH   What it does instead:
-//                          ENOSPC, EIO, EINTR, EDQUOT, EACCES …  fails with that error and does nothing; but
-//                          a
-//                                                                close() closes, as Linux does
-//                          SHORT   a write or read takes half of the bytes, at least one; other calls are as
-//                          ever KILL    the process ends with SIGKILL, before the call PAUSE   the process
-//                          stops (SIGSTOP) before the call, until it is told to go on
+//                          ENOSPC, EIO, EINTR, EDQUOT, EACCES …
+//                                 fails with that error and does nothing; but a close() closes, as Linux does
+//                          SHORT  a write or read takes half of the bytes, at least one; others are as ever
+//                          KILL   the process ends with SIGKILL, before the call
+//                          PAUSE  the process stops (SIGSTOP) before the call, until it is told to go on
 //
 // Counted are the calls of the table at the end: those that open, read, write, flush, cut, lock, rename, link
 // and remove. A call that fails fails once: the next attempt is another call.
