@@ -84,6 +84,21 @@ class SqliteDefaultsTest : public ::testing::Test {
   fs::path file_ = folder_ / "suite.sqlite";
 
   Suite opened() { return SqliteDefaults::open(file_).value(); }
+
+  /// Whether a process without the privileges of root reads "value" under "key", before and after a write
+  /// that fails for want of rights.
+  bool nobodyReadsButCannotWrite() {
+    return asNobody([&] {
+             const Suite suite = opened();
+             const bool isRead = suite->value("key") == PropertyValue("value") && !suite->readFailure();
+             const bool isWritten = set(*suite, "key", "next");
+             return isRead && !isWritten &&
+                            suite->writeFailure() == "attempt to write a readonly database" &&
+                            suite->value("key") == PropertyValue("value")
+                        ? 0
+                        : 1;
+           }) == 0;
+  }
 };
 
 TEST_F(SqliteDefaultsTest, readingCreatesNoFile) {
@@ -259,34 +274,14 @@ TEST_F(SqliteDefaultsTest, aFileThatMayOnlyBeReadIsReadAndWhatCannotBeWrittenIsS
   chmod(folder_.path().c_str(), 0777);
   ASSERT_TRUE(set(*opened(), "key", "value"));
   chmod(file_.c_str(), 0444);
-  EXPECT_EQ(asNobody([&] {
-              const Suite suite = opened();
-              const bool isRead = suite->value("key") == PropertyValue("value") && !suite->readFailure();
-              const bool isWritten = set(*suite, "key", "next");
-              return isRead && !isWritten &&
-                             suite->writeFailure() == "attempt to write a readonly database" &&
-                             suite->value("key") == PropertyValue("value")
-                         ? 0
-                         : 1;
-            }),
-            0);
+  EXPECT_TRUE(nobodyReadsButCannotWrite());
 }
 
 TEST_F(SqliteDefaultsTest, aFolderThatMayOnlyBeReadIsReadAndWhatCannotBeWrittenIsSaid) {
   ASSERT_TRUE(set(*opened(), "key", "value"));
   chmod(file_.c_str(), 0666);
   chmod(folder_.path().c_str(), 0555);
-  EXPECT_EQ(asNobody([&] {
-              const Suite suite = opened();
-              const bool isRead = suite->value("key") == PropertyValue("value") && !suite->readFailure();
-              const bool isWritten = set(*suite, "key", "next");
-              return isRead && !isWritten &&
-                             suite->writeFailure() == "attempt to write a readonly database" &&
-                             suite->value("key") == PropertyValue("value")
-                         ? 0
-                         : 1;
-            }),
-            0);
+  EXPECT_TRUE(nobodyReadsButCannotWrite());
   EXPECT_EQ(asNobody([&] {
               const Suite suite = SqliteDefaults::open(folder_ / "new.sqlite").value();
               return !set(*suite, "key", "value") && suite->writeFailure() == "Permission denied" ? 0 : 1;
