@@ -103,6 +103,16 @@ class StoreCommands(KestrelTestCase):
                             "health: expected an object, found a number")
         self.assertEqual(self.read("snapshot")["snapshot"], {"health": {}})
 
+    def test_a_snapshot_that_would_be_printed_deeper_than_it_could_be_read_is_refused(self):
+        for levels in (508, 509):
+            sentiment = "[" * levels + "]" * levels
+            text = '{"essential":{"communication":{"daily_sentiment":' + sentiment + "}}}"
+            self.store("snapshot", "put", input=text)
+            if levels == 508:
+                self.assertIn(f'{{"snapshot":{text},', self.store("snapshot"))
+        self.assert_refused(run("store", "--suite", str(self.suite), "snapshot"), 1,
+                            "snapshot.essential.communication.daily_sentiment: is nested beyond 512 levels")
+
     # The phone's state
 
     def test_a_phone_state_is_stored_unless_a_later_one_is(self):
