@@ -233,6 +233,10 @@ class LogCommands(KestrelTestCase):
             self.assertEqual(done.stdout, f"[DogfoodLog] write failed: {file}: {reason}\n")
             self.assertEqual(done.stderr.splitlines()[0], f"kestrel: {file}: " + (
                 "Is a directory" if name == "." else "the log was not written"))
+        done = run("log", "--file", "", "shadow", "2024-05-01", "Mania", "1")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (
+            3, '[DogfoodLog] write failed: "": No such file or directory\n', 'kestrel: "": the log was not written\n'))
+        self.assert_refused(run("log", "--file", "", "clear"), 3, '"": No such file or directory')
         self.assertEqual(self.names(), [])
 
     def test_a_full_disk_leaves_the_old_log_whole(self):

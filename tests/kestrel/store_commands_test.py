@@ -254,6 +254,22 @@ class StoreCommands(KestrelTestCase):
         self.assert_refused(call("state"), 3, f"{self.suite}: Permission denied")
         self.suite.chmod(0o600)
 
+    def test_a_link_to_a_suite_that_does_not_exist_yet_is_followed_and_stays(self):
+        elsewhere = self.folder / "elsewhere"
+        elsewhere.mkdir()
+        self.suite.symlink_to("elsewhere/target.sqlite")
+        self.assertEqual(self.store("state"), '"Unknown"\n')
+        self.assertEqual(self.names(elsewhere), [])
+        self.assertEqual(self.store("state", "Mania"), '"Mania"\n')
+        self.assertEqual(self.store("state"), '"Mania"\n')
+        self.assertEqual((self.names(elsewhere), self.suite.is_symlink()), (["target.sqlite"], True))
+        self.assertEqual(stat.S_IMODE((elsewhere / "target.sqlite").stat().st_mode), 0o600)
+        (elsewhere / "target.sqlite").unlink()
+        elsewhere.rmdir()
+        self.assertEqual(self.store("state"), '"Unknown"\n')
+        self.assert_refused(run("store", "--suite", str(self.suite), "state", "Mania"), 3,
+                            f"{self.suite}: No such file or directory")
+
     def test_a_damaged_suite_is_said_and_not_taken_for_nothing(self):
         for number in range(8):
             self.store("snapshot", "put", input=json.dumps({"health": {"health": [
