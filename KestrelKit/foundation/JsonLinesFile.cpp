@@ -180,12 +180,15 @@ class ObjectLines {
   /// In place where the system can: another buffer beside this one would take half as much again.
   void resize(std::size_t size) {
     // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    auto* const resized = static_cast<char*>(std::realloc(buffer_.get(), size));
+    void* const resized = std::realloc(buffer_.get(), size);
     if (resized == nullptr) {
+      if (const std::new_handler handler = std::get_new_handler()) {  // as operator new has it
+        handler();
+      }
       throw std::bad_alloc();
     }
     static_cast<void>(buffer_.release());
-    buffer_.reset(resized);
+    buffer_.reset(static_cast<char*>(resized));
     size_ = size;
   }
 

@@ -4,6 +4,7 @@ import concurrent.futures
 import json
 import os
 import pathlib
+import resource
 import shutil
 import stat
 import subprocess
@@ -309,6 +310,19 @@ class LogCommands(KestrelTestCase):
             self.assertLess(self.peak("missed-elevated"), small + most, begun)
         self.file.write_text(OLD + line("2024-05-01T08:30:00Z", date="x" * long), encoding="utf-8")
         self.assertLess(self.peak("missed-elevated"), small + 204)  # the event, and the line
+
+    def test_where_memory_runs_out_for_a_line_it_ends_with_1(self):
+        room = 200 << 20
+        limit = lambda: resource.setrlimit(resource.RLIMIT_AS, (room, room))
+        if subprocess.run([KESTREL, "--version"], preexec_fn=limit, capture_output=True, check=False).returncode:
+            self.skipTest("a sanitizer takes more memory than there is to run out of")
+        with open(self.file, "w", encoding="utf-8") as file:
+            file.write(OLD + '{"' + "x" * (135 << 20))
+        for arguments in (["events"], ["shadow", "2024-05-01", "Mania", "1"]):
+            done = subprocess.run([KESTREL, "log", "--file", self.file, *arguments], preexec_fn=limit,
+                                  capture_output=True, encoding="utf-8", check=False)
+            self.assert_refused(done, 1, "memory has run out")
+        self.assertEqual((self.names(), self.file.stat().st_size), (["log.jsonl"], len(OLD) + 2 + (135 << 20)))
 
     # Crashes, failures, and two at once
 
