@@ -111,11 +111,16 @@ class SqliteDefaults::Connection {
   }
 
   std::expected<std::optional<PropertyValue>, std::string> read(std::string_view key) {
-    if (!read_ && !prepare(read_, "SELECT value FROM defaults WHERE key = ?1")) {
-      if (sqlite3_errcode(handle_.get()) == SQLITE_ERROR) {
-        return std::nullopt;  // There is no table yet.
+    constexpr const char* select = "SELECT value FROM defaults WHERE key = ?1";
+    if (!read_ && !prepare(read_, select)) {
+      // There is no table yet, unless somebody has made it since, or what is there is none of ours.
+      const auto tables = number("SELECT count(*) FROM sqlite_schema");
+      if (tables == 0) {
+        return std::nullopt;
       }
-      return std::unexpected(reason());
+      if (!tables || !prepare(read_, select)) {
+        return std::unexpected(reason());
+      }
     }
     const Use use(*read_);
     bind(*read_, 1, key);

@@ -345,6 +345,22 @@ TEST_F(SqliteDefaultsTest, aDamagedPageIsSaidAndNotTakenForNothing) {
   EXPECT_EQ(suite->writeFailure(), "database disk image is malformed");
 }
 
+TEST_F(SqliteDefaultsTest, aTableThatIsNotOursIsSaidAndNotTakenForNothing) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"DROP TABLE defaults; CREATE TABLE other (key)", "no such table: defaults"},
+      {"DROP TABLE defaults; CREATE TABLE defaults (key)", "no such column: value"},
+  };
+  for (const auto& [change, reason] : rows) {
+    fs::remove(file_);
+    ASSERT_TRUE(set(*opened(), "key", "value"));
+    run(file_, change);
+    const Suite suite = opened();
+    EXPECT_EQ(suite->value("key"), std::nullopt);
+    EXPECT_EQ(suite->readFailure(), reason);
+    EXPECT_FALSE(set(*suite, "key", "value"));
+  }
+}
+
 TEST_F(SqliteDefaultsTest, aValueOfAKindThatIsNotOursReadsAsAbsent) {
   ASSERT_TRUE(set(*opened(), "key", "value"));
   run(file_, "UPDATE defaults SET value = 7");
