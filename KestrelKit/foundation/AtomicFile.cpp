@@ -1,3 +1,5 @@
+#include "SymbolicLinks.h"
+
 #include <KestrelKit/foundation/AtomicFile.h>
 #include <KestrelKit/foundation/FileDescriptor.h>
 #include <KestrelKit/foundation/Uuid.h>
@@ -24,25 +26,9 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view prefix = ".kestrel-replacement-";
 
-/// What the kernel follows at most.
-constexpr int mostLinks = 40;
-
 std::error_code lastError() { return {errno, std::system_category()}; }
 
 fs::path folderOf(const fs::path& file) { return file.has_parent_path() ? file.parent_path() : "."; }
-
-/// Where `file` leads to through symbolic links, whether or not something stands there.
-std::expected<fs::path, std::error_code> followed(fs::path file) {
-  for (int links = 0; links <= mostLinks; ++links) {
-    std::error_code isNoLink;
-    fs::path target = fs::read_symlink(file, isNoLink);
-    if (isNoLink) {
-      return file;
-    }
-    file = file.parent_path() / target;
-  }
-  return std::unexpected(make_error_code(std::errc::too_many_symbolic_link_levels));
-}
 
 /// To the disk itself: what only the device's cache holds does not survive a loss of power.
 bool flush(int descriptor) {
@@ -205,8 +191,12 @@ std::expected<fs::path, FileError> setAside(const fs::path& file, std::string_vi
     return failed(file, target.error());
   }
   std::error_code isAbsent;
-  if (fs::is_directory(*target, isAbsent)) {
+  const fs::file_status status = fs::status(*target, isAbsent);
+  if (fs::is_directory(status)) {
     return failed(file, make_error_code(std::errc::is_a_directory));
+  }
+  if (fs::is_character_file(status) || fs::is_block_file(status)) {
+    return failed(file, make_error_code(std::errc::not_supported));
   }
   for (int number = 1;; ++number) {
     const fs::path aside =

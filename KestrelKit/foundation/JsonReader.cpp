@@ -1,3 +1,4 @@
+#include "JsonNesting.h"
 #include "JsonPath.h"
 #include "TextForm.h"
 
@@ -30,8 +31,6 @@
 
 namespace kestrel {
 namespace {
-
-constexpr std::size_t deepest = 512;
 
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
@@ -619,10 +618,10 @@ struct JsonReader::Place {
  private:
   bool descend() {
     take();
-    if (depth < deepest) {
+    if (depth < deepestJson) {
       return true;
     }
-    document.fail("is nested beyond 512 levels", where());
+    document.fail(fmt::format("is nested beyond {} levels", deepestJson), where());
     return false;
   }
 

@@ -1,7 +1,10 @@
+#include "JsonNesting.h"
 #include "JsonPath.h"
 
 #include <KestrelKit/foundation/JsonWriter.h>
 #include <KestrelKit/foundation/Utf8.h>
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
@@ -181,6 +184,30 @@ std::string indented(std::string_view compact) {
   return result;
 }
 
+// Whether the well-formed document `compact` has more than `most` levels of objects and lists.
+bool isDeeperThan(std::size_t most, std::string_view compact) {
+  std::size_t depth = 0;
+  bool inText = false;
+  if (compact.size() <= 2 * most) {  // each level takes two brackets
+    return false;
+  }
+  for (std::size_t place = 0; place < compact.size(); ++place) {
+    const char c = compact[place];
+    if (inText && c == '\\') {
+      ++place;
+    } else if (c == '"') {
+      inText = !inText;
+    } else if (!inText && (c == '[' || c == '{')) {
+      if (depth++ == most) {
+        return true;
+      }
+    } else if (!inText && (c == ']' || c == '}')) {
+      --depth;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 struct JsonWriter::Document {
@@ -321,7 +348,14 @@ void JsonWriter::text(std::string_view value) {
   document_->writeEscaped(value);
 }
 
-void JsonWriter::json(std::string_view value) { document_->writeValue(value); }
+void JsonWriter::json(std::string_view value) {
+  const std::size_t around = document_->levels.size() - 1;  // the first is the document itself
+  if (isDeeperThan(deepestJson - around, value)) {
+    refuse(fmt::format("is nested beyond {} levels", deepestJson));
+    return;
+  }
+  document_->writeValue(value);
+}
 
 void JsonWriter::openObject() { document_->open(Document::Kind::object, '{'); }
 
