@@ -179,21 +179,21 @@ class ObjectLines {
 
   /// In place where the system can: another buffer beside this one would take half as much again.
   void resize(std::size_t size) {
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    void* const resized = std::realloc(buffer_.get(), size);
+    char* const old = buffer_.release();
+    void* const resized = std::realloc(old, size);
     if (resized == nullptr) {
+      buffer_.reset(old);
       if (const std::new_handler handler = std::get_new_handler()) {  // as operator new has it
         handler();
       }
       throw std::bad_alloc();
     }
-    static_cast<void>(buffer_.release());
     buffer_.reset(static_cast<char*>(resized));
     size_ = size;
   }
 
   struct Free {
-    void operator()(char* bytes) const noexcept { std::free(bytes); }  // NOLINT(cppcoreguidelines-no-malloc)
+    void operator()(char* bytes) const noexcept { std::free(bytes); }
   };
 
   std::unique_ptr<char, Free> buffer_;

@@ -1044,7 +1044,7 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
     });
   }
 
-  if (document.failed()) {
+  if (document.syntaxError) {
     return std::unexpected(*std::move(document.syntaxError));
   }
   if (!document.notes.empty()) {
@@ -1053,8 +1053,9 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
   for (auto& [error, stops] : document.remarks) {
     if (stops) {
       programmingError(error.text());
+    } else if (dropped != nullptr) {
+      dropped->push_back(std::move(error));
     }
-    dropped->push_back(std::move(error));
   }
   return {};
 }

@@ -68,6 +68,7 @@ char* writeShortDecimal(double value, char* to) noexcept {
   if (!(scaled < beyond)) {
     return nullptr;
   }
+  // NOLINTNEXTLINE(bugprone-incorrect-roundings): whether it is the right one shows next
   const auto digits = static_cast<std::int64_t>(scaled + 0.5);
   if (static_cast<double>(digits) / scale != std::abs(value)) {
     return nullptr;
