@@ -67,7 +67,7 @@ Output recorded(const DogfoodLog& log, bool wasWritten) {
   if (wasWritten) {
     return std::string();
   }
-  const std::string name = log.fileURL()->string();
+  const std::string name = log.fileURL().value_or(std::filesystem::path()).string();
   return std::unexpected(Failure{ExitStatus::fileFailed,
                                  fmt::format("{}: the log was not written", name.empty() ? "\"\"" : name)});
 }
