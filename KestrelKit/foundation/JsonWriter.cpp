@@ -361,7 +361,8 @@ void JsonWriter::json(std::string_view value) {
 void JsonWriter::openObject() { document_->open(Document::Kind::object, '{'); }
 
 void JsonWriter::key(std::string_view key) {
-  auto& [dates, text, levels, error] = *document_;
+  GrowingText& text = document_->text;
+  std::vector<Document::Level>& levels = document_->levels;
   const auto refuseKey = [&](const char* why) {
     const auto object = levels.back();  // the path is that of the object
     levels.pop_back();
