@@ -187,7 +187,7 @@ class ObjectLines {
       }
       throw std::bad_alloc();
     }
-    static_cast<void>(buffer_.release());
+    [[maybe_unused]] const char* const gone = buffer_.release();
     buffer_.reset(static_cast<char*>(resized));
     size_ = size;
   }
