@@ -156,6 +156,11 @@ void removeIfAbandoned(const fs::path& file) {
   }
 }
 
+/// What is the machine's, and only ever named by mistake.
+bool isDevice(const fs::file_status& status) {
+  return fs::is_character_file(status) || fs::is_block_file(status);
+}
+
 std::unexpected<FileError> failed(const fs::path& file, std::error_code reason) {
   return std::unexpected(FileError{.file = file, .reason = reason});
 }
@@ -203,7 +208,7 @@ std::expected<fs::path, FileError> setAside(const fs::path& file, std::string_vi
   if (fs::is_directory(status)) {
     return failed(file, make_error_code(std::errc::is_a_directory));
   }
-  if (fs::is_character_file(status) || fs::is_block_file(status)) {
+  if (isDevice(status)) {
     return failed(file, make_error_code(std::errc::not_supported));
   }
   for (int number = 1;; ++number) {
@@ -228,6 +233,10 @@ std::expected<void, FileError> removeFile(const fs::path& file) {
   const auto target = followed(file);
   if (!target) {
     return failed(file, target.error());
+  }
+  std::error_code isAbsent;
+  if (isDevice(fs::status(*target, isAbsent))) {
+    return failed(file, make_error_code(std::errc::not_supported));
   }
   if (uninterrupted([&] { return unlink(target->c_str()); }) != 0) {
     return failed(file, lastError());

@@ -39,7 +39,8 @@ void removeAbandonedReplacements(const std::filesystem::path& file) noexcept;
 /// Gives what setAside() renamed to `aside` its name `file` again, unless something has that by now.
 void putBack(const std::filesystem::path& aside, const std::filesystem::path& file);
 
-/// Removes `file`, or what it leads to as a symbolic link; the link stays. A folder is not removed.
+/// Removes `file`, or what it leads to as a symbolic link; the link stays. A folder is not removed,
+/// nor is a device: that is std::errc::not_supported.
 [[nodiscard]] std::expected<void, FileError> removeFile(const std::filesystem::path& file);
 
 }  // namespace kestrel

@@ -215,11 +215,12 @@ TEST_F(AtomicFile, isNotSetAsideWhereThereIsNoneOrAFolder) {
   EXPECT_THAT(names(), ElementsAre("file"));
 }
 
-TEST_F(AtomicFile, isNotSetAsideWhereItIsADevice) {
+TEST_F(AtomicFile, isNeitherSetAsideNorRemovedWhereItIsADevice) {
   if (mknod(file.c_str(), S_IFCHR | 0600, makedev(1, 3)) != 0) {
     fs::create_symlink("/dev/null", file);  // which nobody but root could rename
   }
   EXPECT_EQ(setAside(file, ".old").error().reason, std::errc::not_supported);
+  EXPECT_EQ(removeFile(file).error().reason, std::errc::not_supported);
   EXPECT_TRUE(fs::is_character_file(file));
   EXPECT_THAT(names(), ElementsAre("file"));
 }
