@@ -177,12 +177,17 @@ class ObjectLines {
     }
   }
 
-  /// In place where the system can: another buffer beside this one would take half as much again.
+  /// In place where the system can: another buffer beside this one would take half as much again. Where
+  /// memory runs out the program's own handler is called, as by `new`.
   void resize(std::size_t size) {
+    char* resized = nullptr;
     // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    auto* const resized = static_cast<char*>(std::realloc(buffer_.get(), size));
-    if (resized == nullptr) {
-      throw std::bad_alloc();
+    while ((resized = static_cast<char*>(std::realloc(buffer_.get(), size))) == nullptr) {
+      const std::new_handler handler = std::get_new_handler();
+      if (handler == nullptr) {
+        throw std::bad_alloc();
+      }
+      handler();
     }
     static_cast<void>(buffer_.release());
     buffer_.reset(resized);
