@@ -123,7 +123,7 @@ bool DogfoodLog::log(Event event, bool (*isReplaced)(const Event& old, const Eve
   std::erase_if(events, [&](const Event& old) { return isReplaced(old, event); });
   event.timestamp = clock_();
   events.push_back(std::move(event));
-  const auto written = write(events);
+  const auto written = write(events, *fileURL_);
   if (!written) {
     std::fputs(fmt::format("[DogfoodLog] write failed: {}\n", written.error()).c_str(), stdout);
     std::fflush(stdout);
@@ -147,7 +147,8 @@ std::vector<Event> DogfoodLog::read() const {
   return {};
 }
 
-std::expected<void, std::string> DogfoodLog::write(std::span<const Event> events) const {
+std::expected<void, std::string> DogfoodLog::write(std::span<const Event> events,
+                                                   const std::filesystem::path& file) const {
   const auto text = JSONCoders::encoder.encodeLines(events);
   if (!text) {
     return std::unexpected(text.error().text());
@@ -163,15 +164,15 @@ std::expected<void, std::string> DogfoodLog::write(std::span<const Event> events
       return std::unexpected(unreadable_->text());
     }
     // It is no log that could be added to, but it may be all that is left of one.
-    auto name = setAside(*fileURL_, unreadableSuffix);
+    auto name = setAside(file, unreadableSuffix);
     if (!name) {
       return std::unexpected(name.error().text());
     }
     aside = *std::move(name);
   }
-  if (const auto replaced = replaceFile(*fileURL_, *text); !replaced) {
+  if (const auto replaced = replaceFile(file, *text); !replaced) {
     if (aside) {
-      putBack(*aside, *fileURL_);
+      putBack(*aside, file);
     }
     return std::unexpected(replaced.error().text());
   }

@@ -114,9 +114,9 @@ class DogfoodLog {
  private:
   std::vector<Event> read() const;
   bool log(Event event, bool (*isReplaced)(const Event& old, const Event& by));
-  std::expected<void, std::string> write(std::span<const Event> events) const;
+  std::expected<void, std::string> write(std::span<const Event> events,
+                                         const std::filesystem::path& file) const;
 
- private:
   std::optional<AppGroupContainer> container_;  // to be made before the file is written
   std::optional<std::filesystem::path> fileURL_;
   Clock clock_;

@@ -13,10 +13,12 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
+#include <array>
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <ctime>
+#include <memory>
 #include <new>
 #include <optional>
 #include <ranges>
@@ -32,6 +34,9 @@ constexpr std::string_view version = TIDEWELL_VERSION;
 /// Before the lines of a programming error, which can happen on any thread. Set once, before there is a
 /// second one.
 std::string nameOfThisProcess;
+
+/// Given back where memory runs out, so that saying so finds some.
+std::unique_ptr<std::array<char, 65'536>> reserve;
 
 std::optional<std::string> generated(std::string_view kind, const Command& program,
                                      const StatusMeanings& statuses) {
@@ -83,9 +88,11 @@ int Program::run(int argc, const char* const* argv) {
   nameOfThisProcess = name;
   std::set_new_handler([] {
     std::set_new_handler(nullptr);
+    reserve.reset();
     writeErrorLine(nameOfThisProcess, "memory has run out");
     std::_Exit(static_cast<int>(ExitStatus::refused));
   });
+  reserve = std::make_unique<decltype(reserve)::element_type>();
   setProgrammingErrorEnding([](std::string_view violation) {
     writeErrorLine(nameOfThisProcess, violation);
     std::_Exit(static_cast<int>(ExitStatus::ruleBroken));

@@ -32,7 +32,7 @@ bool errorIsSaid = false;
 /// ECMA-48: to the first column, and erase to the end of the line.
 constexpr std::string_view wipe = "\r\x1b[K";
 
-void writeError(const std::string& text) {
+void writeError(std::string_view text) {
   std::ignore = writeAll(STDERR_FILENO, text);  // There is nowhere left to say that it failed.
 }
 
@@ -64,17 +64,19 @@ std::expected<void, std::string> writeToStandardOutput(std::string_view text) {
 }
 
 void writeErrorLine(std::string_view program, std::string_view message) {
+  // Before the lock: where memory runs out for it, that is said through here as well.
+  const std::string line = fmt::format("{}{}: {}\n", wipe, program, onOneLine(message));
   const std::scoped_lock lock(errorStream);
-  writeError(
-      fmt::format("{}{}: {}\n", passingLineIsShown ? wipe : std::string_view(), program, onOneLine(message)));
+  writeError(std::string_view(line).substr(passingLineIsShown ? 0 : wipe.size()));
   passingLineIsShown = false;
   errorIsSaid = true;
 }
 
 void showPassingLine(std::string_view line) {
+  const std::string wiping = fmt::format("{}{}", wipe, line);
   const std::scoped_lock lock(errorStream);
   if (!errorIsSaid) {
-    writeError(fmt::format("{}{}", wipe, line));
+    writeError(wiping);
     passingLineIsShown = true;
   }
 }
@@ -82,7 +84,7 @@ void showPassingLine(std::string_view line) {
 void wipePassingLine() {
   const std::scoped_lock lock(errorStream);
   if (passingLineIsShown) {
-    writeError(std::string(wipe));
+    writeError(wipe);
     passingLineIsShown = false;
   }
 }

@@ -1,5 +1,5 @@
 // The records that come from outside: the first byte of the input chooses one, the rest is its JSON. What the
-// decoder takes it gives back.
+// decoder takes it gives back. With the argument --only=BYTE that byte chooses, whatever the first one is.
 
 #include <KestrelKit/DogfoodLog.h>
 #include <KestrelKit/WatchConnectionEvidence.h>
@@ -39,6 +39,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -174,12 +175,27 @@ consteval bool eachChoiceStandsOnce() {
 }
 static_assert(eachChoiceStandsOnce());
 
+std::optional<char> only;
+
 }  // namespace
+
+extern "C" int LLVMFuzzerInitialize(const int* count, const char* const* const* arguments) {
+  constexpr std::string_view option = "--only=";
+  for (const std::string_view argument : std::span(*arguments, static_cast<std::size_t>(*count))) {
+    if (argument.starts_with(option) && argument.size() == option.size() + 1) {
+      only = argument.back();
+    }
+  }
+  return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view input{reinterpret_cast<const char*>(data), size};
+  if (input.empty()) {
+    return 0;
+  }
   for (const Row& row : rows) {
-    if (input.starts_with(row.choice)) {
+    if (row.choice == only.value_or(input.front())) {
       row.check(input.substr(1));
     }
   }

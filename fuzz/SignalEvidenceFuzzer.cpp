@@ -61,7 +61,7 @@ void check(const SignalEvidenceResult& result) {
   for (const auto& each : result.associations) {
     check(each);
     signals.insert(each.signalID);
-    require(std::abs(each.standardizedDifference) <= std::abs(result.standardizedDifference.value()),
+    require(std::abs(each.standardizedDifference) <= std::abs(result.standardizedDifference.value_or(0)),
             "none is stronger than the strongest");
     hasStrongest |= each.signalID == result.strongestSignalID &&
                     each.comparison == result.strongestComparison &&

@@ -1,13 +1,15 @@
 #include <KestrelKit/formats/AggregateRecordV2.h>
 #include <KestrelKit/formats/BundledSignalProcessingContract.h>
 #include <KestrelKit/formats/IOSAggregateSignalContract.h>
+#include <KestrelKit/foundation/DateStrategy.h>
+#include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/foundation/JsonField.h>
+#include <KestrelKit/foundation/JsonReader.h>
 #include <KestrelKit/foundation/Record.h>
 #include <KestrelKit/model/JSONCoders.h>
 #include <kestrel/FormatCommands.h>
 #include <kestrel/JsonCommand.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <expected>
 #include <memory>
@@ -82,81 +84,46 @@ struct DeletionContent {
   }
 };
 
-/// A list whose elements fail each by itself; an element that did is absent.
-template <class T>
-struct EachOf {
-  std::vector<std::optional<T>> elements{};
-};
-
-}  // namespace
-
-template <class T>
-struct JsonForm<EachOf<T>> {
-  static std::optional<EachOf<T>> read(JsonReader& value) {
-    EachOf<T> list;
-    const bool isList = value.forEachElement([&](JsonReader& element) {
-      list.elements.push_back(JsonForm<T>::read(element));
-      if (!list.elements.back()) {
-        element.drop();
-      }
-    });
-    if (!isList) {
-      return std::nullopt;
-    }
-    return list;
-  }
-};
-
-namespace {
-
-/// The elements of the list `json`, or what is wrong with each.
-template <class T>
-std::expected<std::vector<std::expected<T, JsonError>>, JsonError> eachOf(std::string_view json) {
-  std::vector<JsonError> wrong;
-  auto list = JSONCoders::decoder.decode<EachOf<T>>(json, &wrong);
-  if (!list) {
-    return std::unexpected(list.error());
-  }
-  std::vector<std::expected<T, JsonError>> each;
-  each.reserve(list->elements.size());
-  auto error = wrong.begin();
-  for (auto& element : list->elements) {
-    if (element) {
-      each.push_back(*std::move(element));
-    } else {
-      each.push_back(std::unexpected(std::move(*error++)));
-    }
-  }
-  return each;
+/// Has `read` read each element of the list `json`.
+template <class Read>
+std::expected<void, JsonError> readEach(std::string_view json, Read read) {
+  return readJson(json, DateStrategy::iso8601, /*dropped=*/nullptr, &read, [](void* state, JsonReader& list) {
+    list.forEachElement([state](JsonReader& element) { (*static_cast<Read*>(state))(element); });
+  });
 }
 
 /// The identities of the list `json`. Which form an element has may be said after its other fields, and what
-/// that form does not need is not judged: so the list is read as each of them.
+/// that form does not need is not judged: so the list is read for the forms first.
 std::expected<std::vector<std::string>, JsonError> identitiesIn(std::string_view json) {
-  const auto forms = eachOf<IdentityForm>(json);
-  if (!forms) {
-    return std::unexpected(forms.error());
-  }
-  const auto values = eachOf<ValueContent>(json);
-  const auto deletions = eachOf<DeletionContent>(json);
-  std::vector<std::string> identities;
-  identities.reserve(forms->size());
-  const auto add = [&](const auto& content) -> std::expected<void, JsonError> {
-    if (!content) {
-      return std::unexpected(content.error());
-    }
-    identities.push_back(content->identity());
-    return {};
-  };
-  for (std::size_t index = 0; index < forms->size(); ++index) {
-    const auto& form = (*forms)[index];
+  std::vector<std::optional<bool>> deletes;  // what each element does; absent where that is wrong
+  auto read = readEach(json, [&](JsonReader& element) {
+    const auto form = JsonForm<IdentityForm>::read(element);
+    deletes.push_back(form ? std::optional(form->deleted.value_or(false)) : std::nullopt);
     if (!form) {
-      return std::unexpected(form.error());
+      element.drop();  // refused in its turn, below
     }
-    const auto added = form->deleted.value_or(false) ? add((*deletions)[index]) : add((*values)[index]);
-    if (!added) {
-      return std::unexpected(added.error());
+  });
+  if (!read) {
+    return std::unexpected(std::move(read).error());
+  }
+  std::vector<std::string> identities;
+  identities.reserve(deletes.size());
+  const auto add = [&](const auto& content) {
+    identities.push_back(content ? content->identity() : std::string());
+  };
+  read = readEach(json, [&](JsonReader& element) {
+    const auto isDeletion = deletes[identities.size()];
+    if (!isDeletion) {
+      JsonForm<IdentityForm>::read(element);
+      identities.emplace_back();
+    } else if (*isDeletion) {
+      add(JsonForm<DeletionContent>::read(element));
+    } else {
+      add(JsonForm<ValueContent>::read(element));
     }
+  });
+  if (!read) {
+    return std::unexpected(std::move(read).error());
   }
   return identities;
 }

@@ -67,8 +67,9 @@ Output recorded(const DogfoodLog& log, bool wasWritten) {
   if (wasWritten) {
     return std::string();
   }
-  return std::unexpected(
-      Failure{ExitStatus::fileFailed, fmt::format("{}: the log was not written", log.fileURL()->string())});
+  const std::string name = log.fileURL().value_or(std::filesystem::path()).string();
+  return std::unexpected(Failure{ExitStatus::fileFailed,
+                                 fmt::format("{}: the log was not written", name.empty() ? "\"\"" : name)});
 }
 
 /// The value of an argument that its command cannot do without.

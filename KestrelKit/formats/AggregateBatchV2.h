@@ -18,11 +18,15 @@ struct AggregateBatchV2 {
    public:
     enum Case : std::uint8_t { appleHealth, motionActivity, calendar, photoActivity, weather };
 
+    // clang-format off
     static constexpr RawValue<Case> rawValues[] = {
-        {appleHealth, "apple_health"}, {motionActivity, "motion_activity"},
-        {calendar, "calendar"},        {photoActivity, "photo_activity"},
-        {weather, "weather"},
+        {appleHealth,    "apple_health"},
+        {motionActivity, "motion_activity"},
+        {calendar,       "calendar"},
+        {photoActivity,  "photo_activity"},
+        {weather,        "weather"},
     };
+    // clang-format on
 
     constexpr SourceType(Case value) noexcept : value_(value) {}
     constexpr operator Case() const noexcept { return value_; }
@@ -33,10 +37,9 @@ struct AggregateBatchV2 {
 
   Uuid batchId{};
   SourceType sourceType = SourceType::appleHealth;
-  std::string
-      sourceInstanceKey{};         ///< Which collecting source it comes from; what is erased is erased by it.
-  std::string platform{};          ///< The kind of device: `ios`, `watchos` or `macos`.
-  std::string capturedTimezone{};  ///< The identifier of the zone in force when the batch was captured.
+  std::string sourceInstanceKey{};  ///< The collecting source; what is erased is erased by it.
+  std::string platform{};           ///< The kind of device: `ios`, `watchos` or `macos`.
+  std::string capturedTimezone{};   ///< The identifier of the zone in force when the batch was captured.
   std::vector<AggregateRecordV2> records{};
 
   bool operator==(const AggregateBatchV2&) const = default;

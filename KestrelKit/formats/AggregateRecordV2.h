@@ -40,26 +40,28 @@ struct AggregateRecordV2 {
       activeEnergyKcalDaily,
     };
 
+    // clang-format off
     static constexpr RawValue<Case> rawValues[] = {
-        {motionActiveMinutesDaily, "motion_active_minutes_daily"},
-        {calendarEventCountDaily, "calendar_event_count_daily"},
-        {calendarBusyMinutesDaily, "calendar_busy_minutes_daily"},
+        {motionActiveMinutesDaily,         "motion_active_minutes_daily"},
+        {calendarEventCountDaily,          "calendar_event_count_daily"},
+        {calendarBusyMinutesDaily,         "calendar_busy_minutes_daily"},
         {calendarLateNightEventCountDaily, "calendar_late_night_event_count_daily"},
-        {photoCountDaily, "photo_count_daily"},
-        {weatherTemperatureMaxCDaily, "weather_temperature_max_c_daily"},
-        {weatherTemperatureMinCDaily, "weather_temperature_min_c_daily"},
-        {weatherSunshineMinutesDaily, "weather_sunshine_minutes_daily"},
-        {weatherDaylightMinutesDaily, "weather_daylight_minutes_daily"},
-        {weatherPrecipitationMMDaily, "weather_precipitation_mm_daily"},
-        {weatherCodeDaily, "weather_code_daily"},
-        {workoutCountDaily, "workout_count_daily"},
-        {workoutMinutesDaily, "workout_minutes_daily"},
-        {workoutTypeDiversityDaily, "workout_type_diversity_daily"},
-        {workoutLateEveningMinutesDaily, "workout_late_evening_minutes_daily"},
-        {exerciseMinutesDaily, "exercise_minutes_daily"},
-        {standHoursDaily, "stand_hours_daily"},
-        {activeEnergyKcalDaily, "active_energy_kcal_daily"},
+        {photoCountDaily,                  "photo_count_daily"},
+        {weatherTemperatureMaxCDaily,      "weather_temperature_max_c_daily"},
+        {weatherTemperatureMinCDaily,      "weather_temperature_min_c_daily"},
+        {weatherSunshineMinutesDaily,      "weather_sunshine_minutes_daily"},
+        {weatherDaylightMinutesDaily,      "weather_daylight_minutes_daily"},
+        {weatherPrecipitationMMDaily,      "weather_precipitation_mm_daily"},
+        {weatherCodeDaily,                 "weather_code_daily"},
+        {workoutCountDaily,                "workout_count_daily"},
+        {workoutMinutesDaily,              "workout_minutes_daily"},
+        {workoutTypeDiversityDaily,        "workout_type_diversity_daily"},
+        {workoutLateEveningMinutesDaily,   "workout_late_evening_minutes_daily"},
+        {exerciseMinutesDaily,             "exercise_minutes_daily"},
+        {standHoursDaily,                  "stand_hours_daily"},
+        {activeEnergyKcalDaily,            "active_energy_kcal_daily"},
     };
+    // clang-format on
 
     constexpr DataType(Case value) noexcept : value_(value) {}
     constexpr operator Case() const noexcept { return value_; }
@@ -68,10 +70,9 @@ struct AggregateRecordV2 {
     Case value_;
   };
 
-  std::string
-      upstreamRecordId{};  ///< The identity: dailyIdentity(), or dailyDeletionIdentity() of a deletion.
-  std::string date{};      ///< The day key, `yyyy-MM-dd`; see DateKey.
-  Instant capturedAt{};    ///< When the collector computed it.
+  std::string upstreamRecordId{};  ///< The dailyIdentity(), or dailyDeletionIdentity() of a deletion.
+  std::string date{};              ///< The day key, `yyyy-MM-dd`; see DateKey.
+  Instant capturedAt{};            ///< When the collector computed it.
   DataType dataType = DataType::motionActiveMinutesDaily;
   std::optional<double> value{};                          ///< In `unit`; absent in a deletion.
   std::optional<std::string> unit{};                      ///< Absent in a deletion.

@@ -27,8 +27,7 @@ struct SignalProcessingContractEntry {
   std::string cloudSync{};
   std::string serverProcessing{};
   std::string classifierPosture{};
-  std::map<std::string, std::string>
-      classifierPostureBySource{};  ///< Where a source has a posture of its own.
+  std::map<std::string, std::string> classifierPostureBySource{};  ///< Of sources with one of their own.
   std::string eraseScope{};
   std::optional<std::string> unevaluatedReason{};  ///< Why no analysis has judged the signal's worth yet.
 

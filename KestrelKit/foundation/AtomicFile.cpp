@@ -1,3 +1,5 @@
+#include "SymbolicLinks.h"
+
 #include <KestrelKit/foundation/AtomicFile.h>
 #include <KestrelKit/foundation/FileDescriptor.h>
 #include <KestrelKit/foundation/Uuid.h>
@@ -24,25 +26,9 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view prefix = ".kestrel-replacement-";
 
-/// What the kernel follows at most.
-constexpr int mostLinks = 40;
-
 std::error_code lastError() { return {errno, std::system_category()}; }
 
 fs::path folderOf(const fs::path& file) { return file.has_parent_path() ? file.parent_path() : "."; }
-
-/// Where `file` leads to through symbolic links, whether or not something stands there.
-std::expected<fs::path, std::error_code> followed(fs::path file) {
-  for (int links = 0; links <= mostLinks; ++links) {
-    std::error_code isNoLink;
-    fs::path target = fs::read_symlink(file, isNoLink);
-    if (isNoLink) {
-      return file;
-    }
-    file = file.parent_path() / target;
-  }
-  return std::unexpected(make_error_code(std::errc::too_many_symbolic_link_levels));
-}
 
 /// To the disk itself: what only the device's cache holds does not survive a loss of power.
 bool flush(int descriptor) {
@@ -84,35 +70,43 @@ bool lock(const FileDescriptor& file) {
 class Replacement {
  public:
   /// Made in `folder` and locked. Where that fails it is not open, and `errno` says why.
-  explicit Replacement(const fs::path& folder) {
-    do {
-      path_ = folder / fmt::format("{}{}", prefix, uuidText(boost::uuids::random_generator()()));
-      descriptor_.emplace(path_, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR);
-    } while (descriptor_->isOpen() && wasTakenForAbandoned());
+  explicit Replacement(const fs::path& folder) : path_(nameIn(folder)), descriptor_(madeAt(path_)) {
+    while (descriptor_.isOpen() && wasTakenForAbandoned()) {
+      path_ = nameIn(folder);
+      descriptor_ = madeAt(path_);
+    }
   }
   Replacement(const Replacement&) = delete;
   Replacement& operator=(const Replacement&) = delete;
   ~Replacement() {
-    if (descriptor_->isOpen()) {
+    if (descriptor_.isOpen()) {
       unlink(path_.c_str());
     }
   }
 
   /// False where something failed; `errno` says what.
   bool takePlaceOf(const fs::path& file, std::string_view bytes) {
-    return descriptor_->isOpen() && takePermissionsOf(file) && writeAll(bytes) &&
-           flush(descriptor_->number()) &&
+    return descriptor_.isOpen() && takePermissionsOf(file) && writeAll(bytes) &&
+           flush(descriptor_.number()) &&
            uninterrupted([&] { return std::rename(path_.c_str(), file.c_str()); }) == 0 &&
-           descriptor_->closeNow();  // last, since it gives up the lock
+           descriptor_.closeNow();  // last, since it gives up the lock
   }
 
  private:
+  static fs::path nameIn(const fs::path& folder) {
+    return folder / fmt::format("{}{}", prefix, uuidText(boost::uuids::random_generator()()));
+  }
+
+  static FileDescriptor madeAt(const fs::path& path) {
+    return {path, O_WRONLY | O_CREAT | O_EXCL, S_IRUSR | S_IWUSR};
+  }
+
   /// Between its making and its locking somebody who removes abandoned files may have come.
   bool wasTakenForAbandoned() const {
-    const bool locked = lock(*descriptor_);
+    const bool locked = lock(descriptor_);
     struct stat status {};
     return (!locked && errno == EWOULDBLOCK) ||
-           (fstat(descriptor_->number(), &status) == 0 && status.st_nlink == 0);
+           (fstat(descriptor_.number(), &status) == 0 && status.st_nlink == 0);
   }
 
   bool takePermissionsOf(const fs::path& file) {
@@ -122,15 +116,15 @@ class Replacement {
       old.st_mode = S_IRUSR | S_IWUSR;
     } else if (old.st_uid != geteuid() || old.st_gid != getegid()) {
       // Only the superuser gives files away; to anybody else the file is theirs from now on.
-      [[maybe_unused]] const int given = fchown(descriptor_->number(), old.st_uid, old.st_gid);
+      [[maybe_unused]] const int given = fchown(descriptor_.number(), old.st_uid, old.st_gid);
     }
-    return uninterrupted([&] { return fchmod(descriptor_->number(), old.st_mode & 07777U); }) == 0;
+    return uninterrupted([&] { return fchmod(descriptor_.number(), old.st_mode & 07777U); }) == 0;
   }
 
   bool writeAll(std::string_view bytes) {
     while (!bytes.empty()) {
       const ssize_t written =
-          uninterrupted([&] { return write(descriptor_->number(), bytes.data(), bytes.size()); });
+          uninterrupted([&] { return write(descriptor_.number(), bytes.data(), bytes.size()); });
       if (written < 0) {
         return false;
       }
@@ -140,7 +134,7 @@ class Replacement {
   }
 
   fs::path path_;
-  std::optional<FileDescriptor> descriptor_;
+  FileDescriptor descriptor_;
 };
 
 bool flushFolder(const fs::path& folder) {
@@ -195,7 +189,7 @@ void removeAbandonedReplacements(const fs::path& file) noexcept {
         removeIfAbandoned(entries->path());
       }
     }
-  } catch (const std::bad_alloc&) {  // then they stay for the next start
+  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): they stay for the next start
   }
 }
 
@@ -205,11 +199,15 @@ std::expected<fs::path, FileError> setAside(const fs::path& file, std::string_vi
     return failed(file, target.error());
   }
   std::error_code isAbsent;
-  if (fs::is_directory(*target, isAbsent)) {
+  const fs::file_status status = fs::status(*target, isAbsent);
+  if (fs::is_directory(status)) {
     return failed(file, make_error_code(std::errc::is_a_directory));
   }
+  if (fs::is_character_file(status) || fs::is_block_file(status)) {
+    return failed(file, make_error_code(std::errc::not_supported));
+  }
   for (int number = 1;; ++number) {
-    const fs::path aside =
+    fs::path aside =
         fmt::format("{}{}{}", target->string(), suffix, number == 1 ? "" : fmt::format("-{}", number));
     if (renameToFree(*target, aside)) {
       return aside;

@@ -31,7 +31,8 @@ void removeAbandonedReplacements(const std::filesystem::path& file) noexcept;
 
 /// Gives `file`, or what it leads to as a symbolic link, another name in its folder: its own and `suffix`, or
 /// `suffix` with `-2`, `-3` and so on, the first that is free. Gives that name. A folder is not moved: that
-/// is std::errc::is_a_directory.
+/// is std::errc::is_a_directory. Nor is a device, which other programs need where it is: that is
+/// std::errc::not_supported.
 [[nodiscard]] std::expected<std::filesystem::path, FileError> setAside(const std::filesystem::path& file,
                                                                        std::string_view suffix);
 

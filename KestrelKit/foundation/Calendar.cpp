@@ -28,7 +28,7 @@ using std::chrono::year_month_day;
 /// The locale that the environment chooses for times, as the C library chooses it.
 std::string_view timeLocale() {
   for (const char* name : {"LC_ALL", "LC_TIME", "LANG"}) {
-    const char* value = std::getenv(name);
+    const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nothing changes it
     if (value && *value) {
       return value;
     }
@@ -162,7 +162,8 @@ std::optional<Calendar::Hour> Calendar::hourAround(Instant instant) const {
 
 std::optional<Instant> Calendar::addingDays(Instant instant, std::int64_t count) const {
   constexpr std::int64_t most = 10'000'000'000;  // more days than any calendar holds, and no sum of them overflows
-  if (!components(instant) || count < -most || count > most) {
+  const auto time = zone_.clockTime(instant);
+  if (!time || !components(instant) || count < -most || count > most) {
     return std::nullopt;
   }
   if (count == 0) {
@@ -170,7 +171,7 @@ std::optional<Instant> Calendar::addingDays(Instant instant, std::int64_t count)
   }
   const double since = secondsSinceReferenceDate(instant);
   const Seconds fraction(since - std::floor(since));
-  const Instant moved = zone_.instantOf(*zone_.clockTime(instant) + days(count)) + fraction;
+  const Instant moved = zone_.instantOf(*time + days(count)) + fraction;
   return components(moved) ? std::optional(moved) : std::nullopt;
 }
 

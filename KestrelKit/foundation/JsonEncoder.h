@@ -22,7 +22,7 @@ class JsonEncoder {
 
   /// `value` as one document without a line feed at its end, or the first field that has no JSON form: a
   /// float or instant that is not finite, an instant outside the years 0001 to 9999 as ISO 8601, text that is
-  /// not UTF-8 or is 4 GiB or longer.
+  /// not UTF-8 or is 4 GiB or longer, a JsonText that lies so deep that no decoder would take it.
   template <class T>
   [[nodiscard]] std::expected<std::string, JsonError> encode(const T& value,
                                                              JsonLayout layout = JsonLayout::compact) const {

@@ -129,10 +129,11 @@ bool readOnto(std::vector<T>& list, JsonReader& value) {
     return true;
   } else {
     auto read = JsonForm<T>::read(value);
-    if (read) {
-      list.push_back(*std::move(read));
+    if (!read) {
+      return false;
     }
-    return read.has_value();
+    list.push_back(*std::move(read));
+    return true;
   }
 }
 

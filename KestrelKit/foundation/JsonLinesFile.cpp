@@ -1,3 +1,5 @@
+#include "JsonNesting.h"
+
 #include <KestrelKit/foundation/FileDescriptor.h>
 #include <KestrelKit/foundation/JsonLinesFile.h>
 #include <KestrelKit/foundation/Utf8.h>
@@ -37,8 +39,6 @@ class BegunObject {
   }
 
  private:
-  static constexpr std::size_t deepest = 512;  // as decoders have it
-
   // Which tokens may come: each stands for itself, a quote for a text, and a 0 for any other scalar.
   static constexpr std::string_view nothing{};
   static constexpr std::string_view object = "{";
@@ -68,7 +68,7 @@ class BegunObject {
     switch (token) {
       case '{':
       case '[':
-        if (depth_ == deepest) {
+        if (depth_ == deepestJson) {
           return false;
         }
         isObject_[depth_++] = token == '{';
@@ -111,7 +111,7 @@ class BegunObject {
   bool inScalar_ = false;
   bool inText_ = false;
   bool isEscaped_ = false;
-  std::bitset<deepest> isObject_;  // and not a list, the value at each level that has begun
+  std::bitset<deepestJson> isObject_;  // and not a list, the value at each level that has begun
   std::size_t depth_ = 0;
 };
 
@@ -177,25 +177,23 @@ class ObjectLines {
     }
   }
 
-  /// In place where the system can: another buffer beside this one would take half as much again. Where
-  /// memory runs out the program's own handler is called, as by `new`.
+  /// In place where the system can: another buffer beside this one would take half as much again.
   void resize(std::size_t size) {
-    char* resized = nullptr;
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    while ((resized = static_cast<char*>(std::realloc(buffer_.get(), size))) == nullptr) {
-      const std::new_handler handler = std::get_new_handler();
-      if (handler == nullptr) {
-        throw std::bad_alloc();
+    char* const old = buffer_.release();
+    void* const resized = std::realloc(old, size);
+    if (resized == nullptr) {
+      buffer_.reset(old);
+      if (const std::new_handler handler = std::get_new_handler()) {  // as operator new has it
+        handler();
       }
-      handler();
+      throw std::bad_alloc();
     }
-    static_cast<void>(buffer_.release());
-    buffer_.reset(resized);
+    buffer_.reset(static_cast<char*>(resized));
     size_ = size;
   }
 
   struct Free {
-    void operator()(char* bytes) const noexcept { std::free(bytes); }  // NOLINT(cppcoreguidelines-no-malloc)
+    void operator()(char* bytes) const noexcept { std::free(bytes); }
   };
 
   std::unique_ptr<char, Free> buffer_;

@@ -1,3 +1,4 @@
+#include "JsonNesting.h"
 #include "JsonPath.h"
 #include "TextForm.h"
 
@@ -30,8 +31,6 @@
 
 namespace kestrel {
 namespace {
-
-constexpr std::size_t deepest = 512;
 
 constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
@@ -115,6 +114,8 @@ constexpr std::optional<Decimal> shortDecimal(std::string_view token) noexcept {
 // What shortInteger() gives for what is none.
 constexpr std::int64_t notShort = -1;
 
+constexpr std::size_t mostShortDigits = sizeof(std::uint64_t);
+
 // The number that `size` digits at `place` make, 1 to 8 of them; notShort when one is no digit or they begin
 // with a zero that may not be there. Reads 8 bytes. The digits are looked at all at once, as the bytes of one
 // word: a loop over them ends each time at another place, and that a processor guesses the place wrong costs
@@ -127,17 +128,16 @@ inline std::int64_t shortInteger(const char* place, std::size_t size) noexcept {
     word = std::byteswap(word);
   }
   // Digits become their values; what lies behind them leaves the word, and zeros come in before them.
-  word = (word ^ each('0')) << (8 * (sizeof word - size));
+  word = (word ^ each('0')) << ((64 - 8 * size) % 64);
   constexpr std::uint64_t highest = 0x80;
   const std::uint64_t others = ((word + each(highest - 10)) | word) & each(highest);
   const auto zeroBefore = static_cast<std::uint64_t>((*place == '0') & (size > 1));  // not &&: no guess
   if ((others | zeroBefore) != 0) {
     return notShort;
   }
-  word = (10 * word + (word >> 8U)) & 0x00FF00FF00FF00FF;       // pairs of digits
-  word = (100 * word + (word >> 16U)) & 0x0000FFFF0000FFFF;     // fours
-  word = (10'000 * word + (word >> 32U)) & 0x00000000FFFFFFFF;  // all eight
-  return static_cast<std::int64_t>(word);
+  word = (word * (1 + (10ULL << 8U)) >> 8U) & 0x00FF00FF00FF00FF;     // pairs of digits
+  word = (word * (1 + (100ULL << 16U)) >> 16U) & 0x0000FFFF0000FFFF;  // fours
+  return static_cast<std::int64_t>(word * (1 + (10'000ULL << 32U)) >> 32U);
 }
 
 // Powers of ten that a 64-bit float holds exactly.
@@ -312,6 +312,7 @@ struct JsonReader::Document {
   std::string_view text;
   Token next;                    // the first token that was not taken
   Token last;                    // behind the last one
+  Token firstNearEnd;            // those before it have one behind them, and the bytes of a short integer
   std::vector<JsonError> notes;  // about the value that is being read, with the path from there; below them
                                  // those about what it lies in
   std::vector<Remark> remarks;
@@ -319,6 +320,7 @@ struct JsonReader::Document {
   std::pmr::monotonic_buffer_resource unescaped;  // texts that had escapes
 
   bool failed() const noexcept { return syntaxError.has_value(); }
+  bool isRemarked() const noexcept { return !notes.empty() || !remarks.empty(); }
 
   // Notes that the document is not well-formed; only the first time counts, what follows it is its
   // consequence.
@@ -354,19 +356,20 @@ struct JsonReader::Document {
 
   // Whether the token `name` is the text of `key`, which needs no escapes, with a colon close behind it.
   bool isMember(Token name, std::string_view key) const noexcept {
-    constexpr std::size_t quotes = 2;
-    if (last - name < 2 || name[1] - *name != key.size() + quotes || text[name[1]] != ':') {
+    constexpr std::size_t quotesAndColon = 3;
+    if (name == last || text.size() - *name < key.size() + quotesAndColon) {
       return false;
     }
     const char* const quoted = text.data() + *name;
-    return *quoted == '"' && quoted[key.size() + 1] == '"' && std::string_view{quoted + 1, key.size()} == key;
+    const char* const behind = quoted + 1 + key.size();
+    return behind[0] == '"' && behind[1] == ':' && *quoted == '"' &&
+           std::string_view{quoted + 1, key.size()} == key;
   }
 
   // The token there as an integer if it is one of at most 8 digits with another token close behind it;
   // else notShort.
   std::int64_t shortInteger(Token token) const noexcept {
-    constexpr std::size_t mostDigits = 8;
-    if (last - token < 2 || token[1] - *token > mostDigits || text.size() - *token < mostDigits) {
+    if (token >= firstNearEnd || token[1] - *token > mostShortDigits) {
       return notShort;
     }
     return kestrel::shortInteger(text.data() + *token, token[1] - *token);
@@ -458,7 +461,9 @@ struct JsonReader::Place {
   }
 
   bool isWrong() const noexcept { return document.notes.size() > notesBefore; }
-  bool isRemarked() const noexcept { return isWrong() || document.remarks.size() > remarksBefore; }
+  bool isRemarked() const noexcept {
+    return document.isRemarked() && (isWrong() || document.remarks.size() > remarksBefore);
+  }
 
   Kind kind() const noexcept {
     static constexpr auto kinds = [] {
@@ -507,19 +512,25 @@ struct JsonReader::Place {
     return literal;
   }
 
-  // Goes on, over integers that are quickly read and followed by another element, and adds them to `list`.
+  // Goes on, over integers that are quickly read and followed by another element, and adds them to `list`:
+  // many at a time, for as far as a compiler can tell each one added may change what is read here.
   void passShortIntegers(std::vector<std::int64_t>& list) {
-    Document::Token passed = token;
-    while (true) {
-      const std::int64_t value = document.shortInteger(passed);
-      if (value == notShort || document.first(passed + 1) != ',') {
-        break;
+    std::array<std::int64_t, 32> values;
+    std::size_t count = 0;
+    do {
+      for (count = 0; count < values.size(); ++count, token += 2) {
+        values[count] = document.shortInteger(token);
+        if (values[count] == notShort || document.text[token[1]] != ',') {
+          break;
+        }
       }
-      list.push_back(value);
-      ++index;
-      passed += 2;
-    }
-    token = document.next = passed;
+      if (list.empty()) {
+        list.reserve(count + 1);
+      }
+      list.insert(list.end(), values.data(), values.data() + count);
+      index += count;
+    } while (count == values.size());
+    document.next = token;
   }
 
   std::optional<bool> takeBoolean() {
@@ -607,30 +618,39 @@ struct JsonReader::Place {
  private:
   bool descend() {
     take();
-    if (depth < deepest) {
+    if (depth < deepestJson) {
       return true;
     }
-    document.fail("is nested beyond 512 levels", where());
+    document.fail(fmt::format("is nested beyond {} levels", deepestJson), where());
     return false;
   }
 
   // The key of a member, and the colon behind it; `likely` is what it likely is.
   bool takeKey(std::string_view likely, std::string_view& found) {
+    if (!document.isMember(document.next, likely)) {
+      return takeAnyKey(found);
+    }
+    found = likely;
+    document.next += 2;
+    return true;
+  }
+
+  bool takeAnyKey(std::string_view& found) {
     const Document::Token name = document.next;
     const Document::Token colon = name + 1;
-    if (document.isMember(name, likely)) {
-      found = likely;
-    } else if (document.first(name) != '"') {
+    if (document.first(name) != '"') {
       document.fail(document.place(name));
       return false;
-    } else if (document.first(colon) != ':') {
+    }
+    if (document.first(colon) != ':') {
       document.fail(document.place(colon));
       return false;
-    } else if (const auto resolved = document.resolved(document.betweenQuotes(name, colon))) {
-      found = *resolved;
-    } else {
+    }
+    const auto resolved = document.resolved(document.betweenQuotes(name, colon));
+    if (!resolved) {
       return false;
     }
+    found = *resolved;
     document.next = colon + 1;
     return true;
   }
@@ -815,10 +835,14 @@ bool JsonReader::read(double& value) {
 
 bool JsonReader::read(std::int64_t& value) {
   value = place_->document.shortInteger(place_->token);
-  if (value != notShort) {
-    place_->take();
-    return true;
+  if (value == notShort) {
+    return readLong(value);
   }
+  place_->take();
+  return true;
+}
+
+bool JsonReader::readLong(std::int64_t& value) {
   if (kind() != Kind::number) {
     refuse(expected("an integer", kind()));
     return false;
@@ -849,7 +873,6 @@ std::optional<std::vector<std::int64_t>> JsonReader::integers() {
     return refuse(expected("a list", kind()));
   }
   std::vector<std::int64_t> list;
-  list.reserve(scalarsInList());
   place_->takeElements([&](Place& element) {
     element.passShortIntegers(list);
     if (const auto value = JsonReader{element}.integer()) {
@@ -863,7 +886,7 @@ std::optional<std::vector<std::int64_t>> JsonReader::integers() {
 }
 
 bool JsonReader::null() {
-  if (place_->kind() != Kind::null) {
+  if (place_->document.first(place_->token) != 'n') {
     return false;
   }
   place_->takeNull();
@@ -996,12 +1019,18 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
   if (indexed == simdjson::UTF8_ERROR) {
     return unreadable("the document is not valid UTF-8");
   }
-  const std::uint32_t* const tokens = parser->structural_indexes.get();
+  const JsonReader::Document::Token tokens = parser->structural_indexes.get();
+  const auto last = tokens + parser->n_structural_indexes;
+  auto firstNearEnd = last - (last != tokens ? 1 : 0);
+  while (firstNearEnd != tokens && json.size() - firstNearEnd[-1] < mostShortDigits) {
+    --firstNearEnd;
+  }
   JsonReader::Document document{.dates = dates,
                                 .listsDropped = dropped != nullptr,
                                 .text = json,
                                 .next = tokens,
-                                .last = tokens + parser->n_structural_indexes,
+                                .last = last,
+                                .firstNearEnd = firstNearEnd,
                                 .notes = {},
                                 .remarks = {},
                                 .syntaxError = {},
@@ -1015,7 +1044,7 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
     });
   }
 
-  if (document.failed()) {
+  if (document.syntaxError) {
     return std::unexpected(*std::move(document.syntaxError));
   }
   if (!document.notes.empty()) {
@@ -1024,8 +1053,9 @@ std::expected<void, JsonError> readJson(std::string_view json, DateStrategy date
   for (auto& [error, stops] : document.remarks) {
     if (stops) {
       programmingError(error.text());
+    } else if (dropped != nullptr) {
+      dropped->push_back(std::move(error));
     }
-    dropped->push_back(std::move(error));
   }
   return {};
 }

@@ -123,6 +123,7 @@ class JsonReader {
   // that a function returns in two registers is slow to be put together again.
   bool read(double& value);
   bool read(std::int64_t& value);
+  bool readLong(std::int64_t& value);  // apart, so that the quick way saves no registers
   template <class T>
   std::optional<T> read() {
     T value{};

@@ -1,7 +1,10 @@
+#include "JsonNesting.h"
 #include "JsonPath.h"
 
 #include <KestrelKit/foundation/JsonWriter.h>
 #include <KestrelKit/foundation/Utf8.h>
+
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
@@ -65,6 +68,7 @@ char* writeShortDecimal(double value, char* to) noexcept {
   if (!(scaled < beyond)) {
     return nullptr;
   }
+  // NOLINTNEXTLINE(bugprone-incorrect-roundings): whether it is the right one shows next
   const auto digits = static_cast<std::int64_t>(scaled + 0.5);
   if (static_cast<double>(digits) / scale != std::abs(value)) {
     return nullptr;
@@ -179,6 +183,30 @@ std::string indented(std::string_view compact) {
     }
   }
   return result;
+}
+
+// Whether the well-formed document `compact` has more than `most` levels of objects and lists.
+bool isDeeperThan(std::size_t most, std::string_view compact) {
+  std::size_t depth = 0;
+  bool inText = false;
+  if (compact.size() <= 2 * most) {  // each level takes two brackets
+    return false;
+  }
+  for (std::size_t place = 0; place < compact.size(); ++place) {
+    const char c = compact[place];
+    if (inText && c == '\\') {
+      ++place;
+    } else if (c == '"') {
+      inText = !inText;
+    } else if (!inText && (c == '[' || c == '{')) {
+      if (depth++ == most) {
+        return true;
+      }
+    } else if (!inText && (c == ']' || c == '}')) {
+      --depth;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -321,12 +349,20 @@ void JsonWriter::text(std::string_view value) {
   document_->writeEscaped(value);
 }
 
-void JsonWriter::json(std::string_view value) { document_->writeValue(value); }
+void JsonWriter::json(std::string_view value) {
+  const std::size_t around = document_->levels.size() - 1;  // the first is the document itself
+  if (isDeeperThan(deepestJson - around, value)) {
+    refuse(fmt::format("is nested beyond {} levels", deepestJson));
+    return;
+  }
+  document_->writeValue(value);
+}
 
 void JsonWriter::openObject() { document_->open(Document::Kind::object, '{'); }
 
 void JsonWriter::key(std::string_view key) {
-  auto& [dates, text, levels, error] = *document_;
+  GrowingText& text = document_->text;
+  std::vector<Document::Level>& levels = document_->levels;
   const auto refuseKey = [&](const char* why) {
     const auto object = levels.back();  // the path is that of the object
     levels.pop_back();

@@ -35,7 +35,8 @@ class JsonWriter {
   /// `/` and what lies outside ASCII stand plainly. Text of 4 GiB or more has no JSON form.
   void text(std::string_view value);
 
-  /// A value that is JSON already, well-formed and without blanks between its tokens.
+  /// A value that is JSON already, well-formed and without blanks between its tokens. One that would be
+  /// nested deeper in this document than a decoder takes has no JSON form.
   void json(std::string_view value);
 
   void openObject();

@@ -1,3 +1,5 @@
+#include "SymbolicLinks.h"
+
 #include <KestrelKit/foundation/SqliteDefaults.h>
 #include <KestrelKit/foundation/SqliteFileSystem.h>
 #include <KestrelKit/foundation/SqliteHandles.h>
@@ -34,10 +36,10 @@ constexpr int applicationId = 0x54'77'44'66;
 constexpr const char* makeTable =
     "CREATE TABLE defaults (key TEXT NOT NULL PRIMARY KEY, value ANY NOT NULL) STRICT, WITHOUT ROWID";
 
-/// Anything at all but what is certain not to exist: that alone is no file yet.
+/// Anything at all but what is certain not to exist: that alone is no file yet. A link to nothing is none.
 bool mayExist(const fs::path& path) {
   struct stat status {};
-  return lstat(path.c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
+  return stat(path.c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR);
 }
 
 std::string textOfError(int error) { return std::generic_category().message(error); }
@@ -109,11 +111,16 @@ class SqliteDefaults::Connection {
   }
 
   std::expected<std::optional<PropertyValue>, std::string> read(std::string_view key) {
-    if (!read_ && !prepare(read_, "SELECT value FROM defaults WHERE key = ?1")) {
-      if (sqlite3_errcode(handle_.get()) == SQLITE_ERROR) {
-        return std::nullopt;  // There is no table yet.
+    constexpr const char* select = "SELECT value FROM defaults WHERE key = ?1";
+    if (!read_ && !prepare(read_, select)) {
+      // There is no table yet, unless somebody has made it since, or what is there is none of ours.
+      const auto tables = number("SELECT count(*) FROM sqlite_schema");
+      if (tables == 0) {
+        return std::nullopt;
       }
-      return std::unexpected(reason());
+      if (!tables || !prepare(read_, select)) {
+        return std::unexpected(reason());
+      }
     }
     const Use use(*read_);
     bind(*read_, 1, key);
@@ -295,10 +302,15 @@ std::expected<void, std::string> SqliteDefaults::create() const {
       return std::unexpected(error.message());
     }
   }
+  // Made where a link leads to: it may be a link to nothing, and no link is a file that was not there.
+  const auto target = followed(file_);
+  if (!target) {
+    return std::unexpected(target.error().message());
+  }
   const std::lock_guard alone(opening());
   int file = 0;
   do {
-    file = ::open(file_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    file = ::open(target->c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
   } while (file < 0 && errno == EINTR);
   if (file < 0) {
     if (errno == EEXIST) {

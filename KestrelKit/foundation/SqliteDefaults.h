@@ -23,8 +23,9 @@ namespace kestrel {
 /// Any thread; not across a fork.
 class SqliteDefaults final : public SharedDefaults {
  public:
-  /// The suite in `file`, which need not exist, in a folder that does. Fails, with the reason in words, where
-  /// the file exists and cannot be read, or is anything but such a suite.
+  /// The suite in `file`, which need not exist, in a folder that does. A symbolic link is followed and stays,
+  /// also one to a file that does not exist yet. Fails, with the reason in words, where the file exists and
+  /// cannot be read, or is anything but such a suite.
   [[nodiscard]] static std::expected<std::shared_ptr<SqliteDefaults>, std::string> open(
       const std::filesystem::path& file);
 

@@ -121,7 +121,7 @@ Instant toInstant(std::int64_t time) {
 }
 
 std::filesystem::path zoneFolder() {
-  const char* chosen = std::getenv("TZDIR");
+  const char* chosen = std::getenv("TZDIR");  // NOLINT(concurrency-mt-unsafe): nothing changes it
   return chosen && *chosen ? chosen : "/usr/share/zoneinfo";
 }
 
@@ -144,7 +144,7 @@ std::optional<TimeZone::Rules> rulesOf(std::string_view description) {
 }  // namespace
 
 TimeZone TimeZone::current() {
-  const char* variable = std::getenv("TZ");
+  const char* variable = std::getenv("TZ");  // NOLINT(concurrency-mt-unsafe): nothing changes it
   auto rules = variable ? rulesOf(variable) : readZoneFile("/etc/localtime");
   return rules ? TimeZone(std::make_shared<const Rules>(*std::move(rules))) : utc();
 }

@@ -233,15 +233,33 @@ class Kestrel(KestrelTestCase):
         self.assertEqual(process.communicate(), (EXAMPLES["baseline"].encode() + b"\n", b""))
         self.assertEqual(process.returncode, 0)
 
+    def limited(self, room, *arguments, **changes):
+        """Runs the program with an address space of `room` bytes."""
+        limit = lambda: resource.setrlimit(resource.RLIMIT_AS, (room, room))
+        return subprocess.run([KESTREL, *arguments], preexec_fn=limit, capture_output=True, encoding="utf-8", check=False,
+                              **changes)
+
     def test_where_memory_runs_out_it_ends_with_1(self):
-        def limited(bytes_of_memory):
-            return lambda: resource.setrlimit(resource.RLIMIT_AS, (bytes_of_memory, bytes_of_memory))
         room = 200 << 20
-        if subprocess.run([KESTREL, "--version"], preexec_fn=limited(room), capture_output=True, check=False).returncode:
+        if self.limited(room, "--version").returncode:
             self.skipTest("a sanitizer takes more memory than there is to run out of")
-        done = subprocess.run([KESTREL, "baseline"], input="[" + " " * room + "]", preexec_fn=limited(room),
-                              capture_output=True, encoding="utf-8", check=False)
-        self.assert_refused(done, 1, "memory has run out")
+        self.assert_refused(self.limited(room, "baseline", input="[" + " " * room + "]"), 1, "memory has run out")
+
+    def test_wherever_memory_runs_out_it_ends_with_1(self):
+        steps = range(32 << 20, 200 << 20, 1 << 20)
+        least = next((room for room in steps if self.limited(room, "--version").returncode == 0), None)
+        if least is None:
+            self.skipTest("a sanitizer takes more memory than there is to run out of")
+        lost = '{"health":{"health":[' + ",".join(["7"] * 30_000) + "]}}"
+        ends = set()
+        for room in range(least, least + (20 << 20), 1 << 18):
+            done = self.limited(room, "check", "dashboard-snapshot", input=lost)
+            with self.subTest(room=room):
+                self.assertIn(done.returncode, (0, 1), done.stderr[-200:])
+                if done.returncode == 1:
+                    self.assertEqual((done.stdout, done.stderr.splitlines()[-1]), ("", "kestrel: memory has run out"))
+            ends.add(done.returncode)
+        self.assertEqual(ends, {0, 1})
 
     def test_a_file_without_permission_ends_with_3(self):
         # Root reads everything, so that a copy of the program is run as nobody then.

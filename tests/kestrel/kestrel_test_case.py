@@ -98,7 +98,7 @@ class Field:
         takes, expected = {
             "text": ({"text"}, "text"), "number": ({"number"}, "a number"), "integer": ({"number"}, "an integer"),
             "list": ({"list"}, "a list"), "object": ({"object"}, "an object"), "boolean": ({"boolean"}, "a boolean"),
-            "instant": ({"text"}, "text"),
+            "instant": ({"text"}, "text"), "uuid": ({"text"}, "text"),
         }.get(self.form if isinstance(self.form, str) else "text")
         for kind, value in KINDS.items():
             if kind not in takes and not (self.optional and kind == "null"):
@@ -119,6 +119,10 @@ class Field:
                          "2024-05-01T24:00:00Z", "2024-05-01T08:30:00.5Z", "2024-05-01 08:30:00Z",
                          "2024-05-01T08:30:00+02", "0000-05-01T08:30:00Z", "2024-05-01T08:60:00Z"):
                 yield text, f"\"{text}\" is not an instant such as 2024-05-01T08:30:00Z"
+        elif self.form == "uuid":
+            for text in ("", "6F9619FF8B86D011B42D00C04FC964FF", "{6F9619FF-8B86-D011-B42D-00C04FC964FF}",
+                         "6F9619FF-8B86-D011-B42D-00C04FC964F", "6F9619FG-8B86-D011-B42D-00C04FC964FF"):
+                yield text, f"\"{text}\" is not a UUID"
 
     def fitting(self):
         """Values at the edge of what fits."""

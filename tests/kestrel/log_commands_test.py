@@ -234,6 +234,10 @@ class LogCommands(KestrelTestCase):
             self.assertEqual(done.stdout, f"[DogfoodLog] write failed: {file}: {reason}\n")
             self.assertEqual(done.stderr.splitlines()[0], f"kestrel: {file}: " + (
                 "Is a directory" if name == "." else "the log was not written"))
+        done = run("log", "--file", "", "shadow", "2024-05-01", "Mania", "1")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (
+            3, '[DogfoodLog] write failed: "": No such file or directory\n', 'kestrel: "": the log was not written\n'))
+        self.assert_refused(run("log", "--file", "", "clear"), 3, '"": No such file or directory')
         self.assertEqual(self.names(), [])
 
     def test_a_full_disk_leaves_the_old_log_whole(self):
@@ -307,20 +311,18 @@ class LogCommands(KestrelTestCase):
         self.file.write_text(OLD + line("2024-05-01T08:30:00Z", date="x" * long), encoding="utf-8")
         self.assertLess(self.peak("missed-elevated"), small + 204)  # the event, and the line
 
-    def test_where_memory_runs_out_a_log_is_neither_read_nor_replaced(self):
-        def limited(bytes_of_memory):
-            return lambda: resource.setrlimit(resource.RLIMIT_AS, (bytes_of_memory, bytes_of_memory))
+    def test_where_memory_runs_out_for_a_line_it_ends_with_1(self):
         room = 200 << 20
-        if subprocess.run([KESTREL, "--version"], preexec_fn=limited(room), capture_output=True, check=False).returncode:
+        limit = lambda: resource.setrlimit(resource.RLIMIT_AS, (room, room))
+        if subprocess.run([KESTREL, "--version"], preexec_fn=limit, capture_output=True, check=False).returncode:
             self.skipTest("a sanitizer takes more memory than there is to run out of")
         with open(self.file, "w", encoding="utf-8") as file:
-            file.write(OLD + '{"' + "x" * room)
+            file.write(OLD + '{"' + "x" * (135 << 20))
         for arguments in (["events"], ["shadow", "2024-05-01", "Mania", "1"]):
-            done = subprocess.run([KESTREL, "log", "--file", self.file, *arguments], preexec_fn=limited(room),
+            done = subprocess.run([KESTREL, "log", "--file", self.file, *arguments], preexec_fn=limit,
                                   capture_output=True, encoding="utf-8", check=False)
             self.assert_refused(done, 1, "memory has run out")
-        self.assertEqual(self.file.stat().st_size, len(OLD) + len('{"') + room)
-        self.assertEqual(self.names(), ["log.jsonl"])
+        self.assertEqual((self.names(), self.file.stat().st_size), (["log.jsonl"], len(OLD) + 2 + (135 << 20)))
 
     # Crashes, failures, and two at once
 

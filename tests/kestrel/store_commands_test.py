@@ -110,6 +110,16 @@ class StoreCommands(KestrelTestCase):
                             "health: expected an object, found a number")
         self.assertEqual(self.read("snapshot")["snapshot"], {"health": {}})
 
+    def test_a_snapshot_that_would_be_printed_deeper_than_it_could_be_read_is_refused(self):
+        for levels in (508, 509):
+            sentiment = "[" * levels + "]" * levels
+            text = '{"essential":{"communication":{"daily_sentiment":' + sentiment + "}}}"
+            self.store("snapshot", "put", input=text)
+            if levels == 508:
+                self.assertIn(f'{{"snapshot":{text},', self.store("snapshot"))
+        self.assert_refused(run("store", "--suite", str(self.suite), "snapshot"), 1,
+                            "snapshot.essential.communication.daily_sentiment: is nested beyond 512 levels")
+
     # The phone's state
 
     def test_a_phone_state_is_stored_unless_a_later_one_is(self):
@@ -254,6 +264,22 @@ class StoreCommands(KestrelTestCase):
         self.suite.chmod(0o000)
         self.assert_refused(call("state"), 3, f"{self.suite}: Permission denied")
         self.suite.chmod(0o600)
+
+    def test_a_link_to_a_suite_that_does_not_exist_yet_is_followed_and_stays(self):
+        elsewhere = self.folder / "elsewhere"
+        elsewhere.mkdir()
+        self.suite.symlink_to("elsewhere/target.sqlite")
+        self.assertEqual(self.store("state"), '"Unknown"\n')
+        self.assertEqual(self.names(elsewhere), [])
+        self.assertEqual(self.store("state", "Mania"), '"Mania"\n')
+        self.assertEqual(self.store("state"), '"Mania"\n')
+        self.assertEqual((self.names(elsewhere), self.suite.is_symlink()), (["target.sqlite"], True))
+        self.assertEqual(stat.S_IMODE((elsewhere / "target.sqlite").stat().st_mode), 0o600)
+        (elsewhere / "target.sqlite").unlink()
+        elsewhere.rmdir()
+        self.assertEqual(self.store("state"), '"Unknown"\n')
+        self.assert_refused(run("store", "--suite", str(self.suite), "state", "Mania"), 3,
+                            f"{self.suite}: No such file or directory")
 
     def test_a_damaged_suite_is_said_and_not_taken_for_nothing(self):
         for number in range(8):

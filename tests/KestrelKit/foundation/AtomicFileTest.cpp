@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -115,6 +116,7 @@ TEST_F(AtomicFile, saysWhyItCouldNotBeReplacedAndLeavesNothingBehind) {
   fs::create_directory(file);
   EXPECT_EQ(errorOf(file), std::errc::is_a_directory);
   EXPECT_EQ(replaceFile(file, "new").error().text(), file.string() + ": Is a directory");
+  EXPECT_EQ(replaceFile("", "new").error().text(), "\"\": No such file or directory");
   EXPECT_THAT(names(), ElementsAre("file"));
 }
 
@@ -210,6 +212,15 @@ TEST_F(AtomicFile, isNotSetAsideWhereThereIsNoneOrAFolder) {
   EXPECT_EQ(setAside(file, ".old").error().reason, std::errc::no_such_file_or_directory);
   fs::create_directory(file);
   EXPECT_EQ(setAside(file, ".old").error().reason, std::errc::is_a_directory);
+  EXPECT_THAT(names(), ElementsAre("file"));
+}
+
+TEST_F(AtomicFile, isNotSetAsideWhereItIsADevice) {
+  if (mknod(file.c_str(), S_IFCHR | 0600, makedev(1, 3)) != 0) {
+    fs::create_symlink("/dev/null", file);  // which nobody but root could rename
+  }
+  EXPECT_EQ(setAside(file, ".old").error().reason, std::errc::not_supported);
+  EXPECT_TRUE(fs::is_character_file(file));
   EXPECT_THAT(names(), ElementsAre("file"));
 }
 

@@ -1,4 +1,6 @@
 #include <KestrelKit/foundation/JsonDecoder.h>
+#include <KestrelKit/foundation/JsonEncoder.h>
+#include <KestrelKit/foundation/JsonError.h>
 #include <KestrelKit/foundation/JsonText.h>
 #include <support/Specimen.h>
 
@@ -368,6 +370,31 @@ TEST(JsonText, keepsEveryWellFormedCaseWithoutTheBlanksBetweenItsTokens) {
   }
   EXPECT_EQ(decoder.decode<JsonText>(" [ 1 , { \"a b\" : \"\\\" c\" } ] ").value().text(),
             "[1,{\"a b\":\"\\\" c\"}]");
+}
+
+TEST(JsonText, isWrittenNoDeeperThanADecoderTakesIt) {
+  constexpr JsonEncoder encoder;
+  const auto text = [](std::string_view json) { return decoder.decode<JsonText>(json).value(); };
+  const auto lists = [](std::size_t levels) { return std::string(levels, '[') + std::string(levels, ']'); };
+  const auto objects = [&](std::size_t levels) {
+    std::string json = "{}";
+    for (std::size_t level = 1; level < levels; ++level) {
+      json = R"({"[":)" + json + '}';
+    }
+    return json;
+  };
+  for (const std::string& json : {lists(512), objects(512)}) {
+    EXPECT_EQ(encoder.encode(text(json)), json);
+    const JsonError tooDeep{.path = "[1]", .message = "is nested beyond 512 levels"};
+    EXPECT_EQ(encoder.encode(std::vector{text("0"), text(json)}).error(), tooDeep);
+  }
+  // What goes down and up again, and brackets in texts, are no levels.
+  const std::string manyBrackets = std::string(1'000, '[') + "\\\"" + std::string(1'000, '{');
+  for (const std::string& json : {lists(511), objects(511), "[\"" + manyBrackets + "\"," + lists(510) + "]",
+                                  "[" + lists(510) + "," + lists(510) + "]"}) {
+    EXPECT_EQ(encoder.encode(std::vector{text("0"), text(json)}), "[0," + json + "]");
+    EXPECT_TRUE(isTaken("[0," + json + "]"));
+  }
 }
 
 }  // namespace

@@ -92,8 +92,7 @@ class SqliteDefaultsTest : public ::testing::Test {
              const Suite suite = opened();
              const bool isRead = suite->value("key") == PropertyValue("value") && !suite->readFailure();
              const bool isWritten = set(*suite, "key", "next");
-             return isRead && !isWritten &&
-                            suite->writeFailure() == "attempt to write a readonly database" &&
+             return isRead && !isWritten && suite->writeFailure() == "attempt to write a readonly database" &&
                             suite->value("key") == PropertyValue("value")
                         ? 0
                         : 1;
@@ -257,9 +256,33 @@ TEST_F(SqliteDefaultsTest, aPipeInItsPlaceIsNotWaitedFor) {
   EXPECT_NE(refusalOf(file_), "none");
 }
 
-TEST_F(SqliteDefaultsTest, aLinkToNothingIsNotFollowedToMakeAFile) {
-  fs::create_symlink(folder_ / "nothing", file_);
-  EXPECT_EQ(refusalOf(file_), "No such file or directory");
+TEST_F(SqliteDefaultsTest, aLinkToNothingIsFollowedToMakeAFile) {
+  fs::create_directory(folder_ / "elsewhere");
+  fs::create_symlink("elsewhere/link", file_);
+  fs::create_symlink("target.sqlite", folder_ / "elsewhere" / "link");
+  const Suite suite = opened();
+  EXPECT_EQ(suite->value("key"), std::nullopt);
+  EXPECT_EQ(suite->readFailure(), std::nullopt);
+  EXPECT_EQ(namesIn(folder_ / "elsewhere"), std::set<std::string>{"link"});
+  ASSERT_TRUE(set(*suite, "key", "value"));
+  EXPECT_EQ(opened()->value("key"), PropertyValue("value"));
+  EXPECT_TRUE(fs::is_symlink(file_));
+  EXPECT_EQ(namesIn(folder_ / "elsewhere"), (std::set<std::string>{"link", "target.sqlite"}));
+  EXPECT_EQ(fs::symlink_status(folder_ / "elsewhere" / "target.sqlite").permissions(), fs::perms{0600});
+}
+
+TEST_F(SqliteDefaultsTest, aLinkToWhereNothingCanBeMadeIsAFailedWrite) {
+  fs::create_symlink("missing/target.sqlite", file_);
+  const Suite suite = opened();
+  EXPECT_EQ(suite->value("key"), std::nullopt);
+  EXPECT_FALSE(set(*suite, "key", "value"));
+  EXPECT_EQ(suite->writeFailure(), "No such file or directory");
+  EXPECT_EQ(namesIn(folder_.path()), std::set<std::string>{"suite.sqlite"});
+}
+
+TEST_F(SqliteDefaultsTest, aLinkThatLeadsInACircleIsSaid) {
+  fs::create_symlink(file_.filename(), file_);
+  EXPECT_NE(refusalOf(file_), "none");
   EXPECT_EQ(namesIn(folder_.path()), std::set<std::string>{"suite.sqlite"});
 }
 
@@ -339,6 +362,22 @@ TEST_F(SqliteDefaultsTest, aTableThatIsDamagedMeanwhileIsSaidAndNotTakenForNothi
   }));
   EXPECT_FALSE(wasAsked) << "what is stored is not known";
   EXPECT_EQ(suite->writeFailure(), suite->readFailure());
+}
+
+TEST_F(SqliteDefaultsTest, aTableThatIsNotOursIsSaidAndNotTakenForNothing) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"DROP TABLE defaults; CREATE TABLE other (key)", "no such table: defaults"},
+      {"DROP TABLE defaults; CREATE TABLE defaults (key)", "no such column: value"},
+  };
+  for (const auto& [change, reason] : rows) {
+    fs::remove(file_);
+    ASSERT_TRUE(set(*opened(), "key", "value"));
+    run(file_, change);
+    const Suite suite = opened();
+    EXPECT_EQ(suite->value("key"), std::nullopt);
+    EXPECT_EQ(suite->readFailure(), reason);
+    EXPECT_FALSE(set(*suite, "key", "value"));
+  }
 }
 
 TEST_F(SqliteDefaultsTest, aValueOfAKindThatIsNotOursReadsAsAbsent) {
