@@ -778,7 +778,7 @@ constexpr std::string_view nameOf(JsonReader::Kind kind) noexcept {
     case JsonReader::Kind::null:
       return "null";
   }
-  return {};
+  std::unreachable();
 }
 
 // Two texts are mostly the same one here, and need not be compared.

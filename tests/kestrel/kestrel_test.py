@@ -329,13 +329,18 @@ class Kestrel(KestrelTestCase):
     # Progress
 
     def test_long_work_is_told_on_a_terminal_and_wiped(self):
-        # The work lasts as long as the writer of its input likes. Neither the one whose errors go to a pipe nor the one
-        # whose document is being typed, both of which started before, may have said a word by then.
+        # The work lasts as long as the writer of its input likes. Neither the one whose errors go to a pipe nor those
+        # whose input is being typed, all of which started before, may have said a word by then.
         silent = subprocess.Popen([KESTREL, "shadow"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                   stderr=subprocess.PIPE)
-        keyboard, keyboard_end = pty.openpty()
-        typed = subprocess.Popen([KESTREL, "shadow"], stdin=keyboard_end, stdout=subprocess.PIPE, stderr=keyboard_end)
-        os.close(keyboard_end)
+        nothing = b'{"scoredDays":0,"circadianAccuracy":0,"baselineAccuracy":0}\n'
+        typed = []
+        for call, text, result in (("shadow", b"[]", nothing),
+                                   ("note", b"good", b'{"sentiment":0.6124,"absolutistRatio":0,"length":5}\n')):
+            keyboard, keyboard_end = pty.openpty()
+            process = subprocess.Popen([KESTREL, call], stdin=keyboard_end, stdout=subprocess.PIPE, stderr=keyboard_end)
+            os.close(keyboard_end)
+            typed.append((process, keyboard, text, result))
         screen, screen_end = pty.openpty()
         told = subprocess.Popen([KESTREL, "shadow"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=screen_end)
         os.close(screen_end)
@@ -343,19 +348,21 @@ class Kestrel(KestrelTestCase):
         while b"working, 2 s" not in shown:
             shown += os.read(screen, 1000)
         self.assertEqual(shown, b"\r\x1b[Kworking, 1 s\r\x1b[Kworking, 2 s")
-        self.assertEqual(select.select([silent.stderr, keyboard], [], [], 0)[0], [])
-        os.write(keyboard, b"[]\n\x04")
+        self.assertEqual(select.select([silent.stderr, *(keyboard for _, keyboard, _, _ in typed)], [], [], 0)[0], [])
+        for _, keyboard, text, _ in typed:
+            os.write(keyboard, text + b"\n\x04")
         for process in (told, silent):
             process.stdin.write(b"[]")
             process.stdin.close()
-        for process in (told, silent, typed):
-            self.assertEqual(process.stdout.read(), b'{"scoredDays":0,"circadianAccuracy":0,"baselineAccuracy":0}\n')
+        for process, result in ((told, nothing), (silent, nothing), *((process, result) for process, _, _, result in typed)):
+            self.assertEqual(process.stdout.read(), result)
             self.assertEqual(process.wait(), 0)
             process.stdout.close()
         self.assertEqual(silent.stderr.read(), b"")
         silent.stderr.close()
         self.assertTrue(self.rest(screen).endswith(b"\r\x1b[K"))
-        self.assertEqual(self.rest(keyboard).replace(b"^D\b\b", b""), b"[]\r\n")  # what the terminal echoes
+        for _, keyboard, text, _ in typed:
+            self.assertEqual(self.rest(keyboard).replace(b"^D\b\b", b""), text + b"\r\n")  # what the terminal echoes
 
     def test_an_error_line_takes_the_place_of_the_progress(self):
         for document, status, line in ((b"nonsense", 1, b"kestrel: the document is not well-formed JSON at byte 0\r\n"),

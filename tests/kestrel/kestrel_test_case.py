@@ -2,10 +2,20 @@
 
 import json
 import os
+import signal
 import subprocess
 import unittest
 
 KESTREL = os.environ["KESTREL"]
+
+
+def plain_environment(changes):
+    """The variables that the program is run with, and what `changes` makes of them."""
+    environment = {"PATH": os.environ["PATH"], "HOME": "/nonexistent", "TZ": "UTC", "LC_ALL": "C"}
+    if "ASAN_OPTIONS" in os.environ:
+        environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
+    environment.update(changes)
+    return environment
 
 
 def run(*arguments, **changes):
@@ -14,12 +24,15 @@ def run(*arguments, **changes):
     if not streams.keys() & {"input", "stdin"}:
         streams["stdin"] = subprocess.DEVNULL
     streams.setdefault("stdout", subprocess.PIPE)
-    environment = {"PATH": os.environ["PATH"], "HOME": "/nonexistent", "TZ": "UTC", "LC_ALL": "C"}
-    if "ASAN_OPTIONS" in os.environ:
-        environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
-    environment.update(changes)
-    return subprocess.run([KESTREL, *arguments], env=environment, stderr=subprocess.PIPE, encoding="utf-8",
+    return subprocess.run([KESTREL, *arguments], env=plain_environment(changes), stderr=subprocess.PIPE, encoding="utf-8",
                           errors="surrogateescape", timeout=300, check=False, **streams)
+
+
+def gone_on(process):
+    """Has the stopped program go on to its end, and gives what run() gives."""
+    process.send_signal(signal.SIGCONT)
+    stdout, stderr = process.communicate(timeout=300)
+    return subprocess.CompletedProcess(process.args, process.returncode, stdout, stderr)
 
 
 class Raw(float):
@@ -149,6 +162,14 @@ class KestrelTestCase(unittest.TestCase):
     def result(self, *arguments, document, **changes):
         """What the program prints for the document, as text."""
         return self.output(*arguments, input=written(document), **changes)
+
+    def stopped(self, *arguments, **changes):
+        """Starts the program, which stops by itself as the variables in `changes` have it, and waits until it has."""
+        process = subprocess.Popen([KESTREL, *arguments], env=plain_environment(changes), stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, encoding="utf-8")
+        self.addCleanup(process.kill)
+        self.assertTrue(os.WIFSTOPPED(os.waitpid(process.pid, os.WUNTRACED)[1]), "it did not stop")
+        return process
 
     def assert_refused(self, done, status, message):
         self.assertEqual((done.returncode, done.stdout, done.stderr), (status, "", f"kestrel: {message}\n"))

@@ -11,7 +11,7 @@ import subprocess
 import tempfile
 import unittest
 
-from kestrel_test_case import KESTREL, KestrelTestCase, run
+from kestrel_test_case import KESTREL, KestrelTestCase, gone_on, run
 
 FAILING_CALLS = os.environ["FAILING_CALLS"]
 
@@ -326,12 +326,13 @@ class LogCommands(KestrelTestCase):
 
     # Crashes, failures, and two at once
 
-    def calls_of(self, *arguments):
-        """The calls on the folder that a recording makes."""
+    def calls_of(self, *arguments, prints="", says=""):
+        """The calls on the folder that a command makes, which prints and says this."""
         listed = self.folder.with_name(self.folder.name + ".calls")
+        listed.unlink(missing_ok=True)
         self.addCleanup(lambda: listed.unlink(missing_ok=True))
         done = self.failing(*arguments, FAILING_CALLS_LIST=str(listed))
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, prints, says))
         calls = [entry.split(" ", 1) for entry in listed.read_text(encoding="utf-8").splitlines()]
         return [(call, pathlib.Path(path.removesuffix(" (deleted)")).name) for call, path in calls]
 
@@ -407,6 +408,54 @@ class LogCommands(KestrelTestCase):
                         self.assertEqual(renamed, number > renaming)
                     else:
                         self.assertEqual(done.returncode, -9)
+
+    def test_an_unreadable_log_takes_nobodys_name_where_files_cannot_be_renamed_in_one_step(self):
+        report = ["self-report", "2024-05-01", "Mania", "manual"]
+        def prepare():
+            for path in self.folder.iterdir():
+                path.unlink()
+            self.file.write_bytes(b"\xff")
+            (self.folder / "log.jsonl.unreadable").write_bytes(b"\xfe")
+        prepare()
+        calls = self.calls_of(*report, says=f"kestrel: {self.file}: is not UTF-8 text\n")
+        renaming = [number for number, (call, _) in enumerate(calls, 1) if call == "renameat2"]
+        self.assertEqual(len(renaming), 2)
+        for number in renaming:
+            prepare()
+            self.assertEqual(self.failing(*report, FAILING_CALLS_AT=str(number), FAILING_CALLS_WITH="EINVAL").returncode, 0)
+            self.assertEqual(self.names(), ["log.jsonl", "log.jsonl.unreadable", "log.jsonl.unreadable-2"])
+            self.assertEqual((self.folder / "log.jsonl.unreadable").read_bytes(), b"\xfe")
+            self.assertEqual((self.folder / "log.jsonl.unreadable-2").read_bytes(), b"\xff")
+
+    def test_a_replacement_that_another_program_takes_for_abandoned_is_made_anew(self):
+        report = ["self-report", "2024-05-01", "Mania", "manual"]
+        self.file.write_text(OLD, encoding="utf-8")
+        locking = [call for call, _ in self.calls_of(*report)].index("flock") + 1
+        self.file.write_text(OLD, encoding="utf-8")
+        abandoned = self.folder / ".kestrel-replacement-0F0E0D0C-0B0A-0908-0706-050403020100"
+        abandoned.write_text("", encoding="utf-8")
+        removing = [call for call, _ in self.calls_of("export", prints=OLD)].index("unlink") + 1
+        for other_stops in (False, True):
+            self.file.write_text(OLD, encoding="utf-8")
+            process = self.stopped_at(locking, *report)
+            self.assertEqual(len(self.names()), 2)
+            if other_stops:  # holding the lock
+                other = self.stopped_at(removing, "export")
+            else:
+                self.assertEqual(self.log("export"), OLD)
+                self.assertEqual(self.names(), ["log.jsonl"])
+            done = gone_on(process)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+            self.assertEqual(len(self.events()), 3)
+            if other_stops:
+                self.assertEqual(gone_on(other).returncode, 0)
+            self.assertEqual(self.names(), ["log.jsonl"])
+
+    def stopped_at(self, number, *arguments):
+        """The command, stopped before its call `number` on the folder."""
+        return self.stopped("log", "--file", str(self.file), *arguments, LD_PRELOAD=FAILING_CALLS,
+                            FAILING_CALLS_UNDER=str(self.folder), FAILING_CALLS_AT=str(number),
+                            FAILING_CALLS_WITH="PAUSE")
 
     def test_two_programs_on_one_log_never_damage_it(self):
         def record(command):

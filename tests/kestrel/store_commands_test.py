@@ -13,7 +13,7 @@ import tempfile
 
 import unittest
 
-from kestrel_test_case import KESTREL, Field, KestrelTestCase, run
+from kestrel_test_case import KESTREL, Field, KestrelTestCase, gone_on, run
 
 FAILING_CALLS = os.environ["FAILING_CALLS"]
 
@@ -32,6 +32,13 @@ CHANGES = [(["state", "Mania"], ""), (["snapshot", "put"], "{}"), (["snapshot", 
            (["evidence", "sent", "--at", LATER], json.dumps(MANIA)),
            (["evidence", "received", "--at", LATER], json.dumps(MANIA)),
            (["evidence", "acknowledged", DELIVERY, "--at", LATER], ""), (["evidence", "error", "lost"], "")]
+
+
+def failure(folder, at, outcome):
+    """The variables with which the program's call number `at` on `folder` ends in `outcome`."""
+    return {"LD_PRELOAD": FAILING_CALLS, "FAILING_CALLS_UNDER": str(folder), "FAILING_CALLS_AT": str(at),
+            "FAILING_CALLS_WITH": outcome,
+            "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
 
 
 class StoreCommands(KestrelTestCase):
@@ -223,6 +230,10 @@ class StoreCommands(KestrelTestCase):
             for arguments in READS:
                 self.assert_refused(run("store", "--suite", str(path), *arguments), 3, f"{path}: {reason}")
 
+    def test_a_suite_without_a_name_holds_nothing_and_cannot_be_made(self):
+        self.assertEqual(self.output("store", "--suite", "", "state"), '"Unknown"\n')
+        self.assert_refused(run("store", "--suite", "", "state", "Mania"), 3, '"": No such file or directory')
+
     def test_a_database_of_another_program_ends_with_3_and_stays_as_it_is(self):
         connection = sqlite3.connect(self.suite)
         connection.execute("CREATE TABLE message (text)")
@@ -324,17 +335,22 @@ class StoreCommands(KestrelTestCase):
         self.assert_refused(run("store", "state", "Mania", **home), 3,
                             f"{self.folder}/file/group.app.tidewell.shared/defaults.sqlite: Not a directory")
 
+    def test_without_a_container_every_command_ends_with_3_unless_a_suite_is_named(self):
+        nowhere = {"HOME": "relative"}
+        for arguments, document in [*((call, "") for call in READS), *CHANGES]:
+            self.assert_refused(run("store", *arguments, input=document, **nowhere), 3,
+                                "the shared defaults: there is no folder for them: the home is no absolute path")
+            self.store(*arguments, input=document, **nowhere)
+        self.assertEqual(self.names(), ["suite.sqlite"])
+
     # Failing calls
 
     def failing(self, folder, at, outcome, *arguments):
         """Runs the program with its call number `at` on `folder` ending in `outcome`."""
-        environment = {"PATH": os.environ["PATH"], "HOME": "/nonexistent", "LD_PRELOAD": FAILING_CALLS,
-                       "FAILING_CALLS_UNDER": str(folder), "FAILING_CALLS_AT": str(at), "FAILING_CALLS_WITH": outcome,
-                       "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
+        environment = failure(folder, at, outcome)
         if at == 0:
             environment["FAILING_CALLS_LIST"] = str(folder) + ".calls"
-        return subprocess.run([KESTREL, "store", "--suite", folder / "suite.sqlite", *arguments], env=environment,
-                              stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", check=False)
+        return run("store", "--suite", str(folder / "suite.sqlite"), *arguments, **environment)
 
     def stored(self, suite):
         """What a suite holds, as an SQLite that is not ours has it."""
@@ -402,6 +418,25 @@ class StoreCommands(KestrelTestCase):
 
     def test_every_call_of_the_first_change_may_fail_and_the_suite_is_none_or_the_new_one(self):
         self.assert_every_call_may_fail(lambda suite: None)
+
+    # Two at once
+
+    def stopped_at(self, at, *arguments):
+        """The command, stopped before its call number `at` on the suite's folder."""
+        return self.stopped("store", "--suite", str(self.suite), *arguments, **failure(self.folder, at, "PAUSE"))
+
+    def test_two_programs_may_make_the_suite_at_the_same_moment(self):
+        process = self.stopped_at(1, "state", "Mania")  # before it makes the file, since there is none
+        self.store("evidence", "error", "of the other")
+        done = gone_on(process)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, '"Mania"\n', ""))
+        self.assertEqual((self.read("state"), self.read("evidence")["lastError"]), ("Mania", "of the other"))
+
+    def test_a_suite_that_is_removed_as_it_is_made_is_said(self):
+        process = self.stopped_at(2, "state", "Mania")  # the file is made
+        self.suite.unlink()
+        self.assert_refused(gone_on(process), 3, f"{self.suite}: the file was removed as it was made")
+        self.assertEqual(self.names(), [])
 
 
 if __name__ == "__main__":

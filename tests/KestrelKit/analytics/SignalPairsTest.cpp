@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +12,8 @@
 #include <map>
 #include <random>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -267,6 +270,21 @@ TEST(SignalPairs, doNotDependOnTheNumberOfThreads) {
     EXPECT_EQ(SignalEvidenceAnalyzer::pairs(observations, 5, threads), pairs) << threads;
   }
 }
+
+#if defined(__GLIBC__)
+TEST(SignalPairs, areAllThereWhereTheSystemGivesNoThreads) {
+  // No stack is as large as all memory that can have an address.
+  pthread_attr_t before{};
+  ASSERT_EQ(pthread_getattr_default_np(&before), 0);
+  pthread_attr_t endless = before;
+  ASSERT_EQ(pthread_attr_setstacksize(&endless, std::size_t{1} << 60U), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&endless), 0);
+  EXPECT_THROW(std::thread([] {}), std::system_error);
+  const auto pairs = SignalEvidenceAnalyzer::pairs(manySignals(), 5, 4);
+  EXPECT_EQ(pthread_setattr_default_np(&before), 0);
+  EXPECT_EQ(pairs, SignalEvidenceAnalyzer::pairs(manySignals(), 5, 1));
+}
+#endif
 
 }  // namespace
 }  // namespace kestrel

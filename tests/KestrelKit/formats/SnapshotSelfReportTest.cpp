@@ -174,6 +174,10 @@ TEST(SnapshotSelfReport, readsAnInstantWithAndWithoutAFractionAndLeavesAnyOtherT
   }
 }
 
+TEST(SnapshotSelfReport, isKeptWithANullForItsInstant) {
+  EXPECT_EQ(reportWith(R"("observedAt":null)"), (SnapshotSelfReport{.date = "2024-05-01", .state = "Mania"}));
+}
+
 TEST(SnapshotSelfReport, writesTheWholeSecondOfAnInstant) {
   const auto report = reportWith(R"("observedAt":"2024-05-01T10:30:59.999+02:00")");
   EXPECT_EQ(JSONCoders::encoder.encode(report),

@@ -1,8 +1,10 @@
 #include <KestrelKit/foundation/AppGroupContainer.h>
 
 #include <gmock/gmock.h>
+#include <pwd.h>
 #include <support/TemporaryFolder.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -53,6 +55,28 @@ TEST_F(AppGroupContainerTest, isAbsentWhereTheHomeIsNoAbsolutePath) {
   EXPECT_EQ(folder(), "/somewhere/data/group.some.thing");
 }
 
+TEST_F(AppGroupContainerTest, isElseUnderTheHomeOfTheUserDatabase) {
+  const passwd* const user = getpwuid(getuid());
+  ASSERT_NE(user, nullptr);
+  const fs::path expected = fs::path(user->pw_dir) / ".local/share/group.some.thing";
+  unsetenv("HOME");
+  EXPECT_EQ(folder(), expected);
+  setenv("HOME", "", 1);
+  EXPECT_EQ(folder(), expected);
+}
+
+TEST_F(AppGroupContainerTest, isAbsentForAUserWhomTheDatabaseDoesNotKnow) {
+  constexpr uid_t stranger = 4'321'987;
+  ASSERT_EQ(getpwuid(stranger), nullptr);
+  unsetenv("HOME");
+  const uid_t user = getuid();
+  if (setreuid(stranger, geteuid()) != 0) {
+    GTEST_SKIP() << "only root becomes another user";
+  }
+  EXPECT_EQ(folder(), std::nullopt);
+  EXPECT_EQ(setreuid(user, geteuid()), 0);
+}
+
 TEST_F(AppGroupContainerTest, isMadeForTheUserAloneWithWhatIsMissingAboveIt) {
   const TemporaryFolder home;
   fs::permissions(home.path(), fs::perms{0755});
@@ -82,6 +106,14 @@ TEST_F(AppGroupContainerTest, cannotBeMadeWhereAFileStands) {
   EXPECT_EQ(AppGroupContainer::of("group.some.thing").value().create(), std::errc::not_a_directory);
   setenv("XDG_DATA_HOME", (data / "group.some.thing" / "below").c_str(), 1);
   EXPECT_EQ(AppGroupContainer::of("group.some.thing").value().create(), std::errc::not_a_directory);
+}
+
+TEST_F(AppGroupContainerTest, isNotMadeBehindALinkThatLeadsNowhere) {
+  const TemporaryFolder data;
+  fs::create_symlink(data / "nowhere", data / "link");
+  setenv("XDG_DATA_HOME", (data / "link" / "below").c_str(), 1);
+  EXPECT_EQ(AppGroupContainer::of("group.some.thing").value().create(), std::errc::file_exists);
+  EXPECT_FALSE(fs::exists(data / "nowhere"));
 }
 
 }  // namespace

@@ -233,5 +233,15 @@ TEST_F(AtomicFile, isRemovedBehindALink) {
   EXPECT_EQ(removeFile(file).error().reason, std::errc::no_such_file_or_directory);
 }
 
+TEST_F(AtomicFile, isNotFollowedRoundACircleOfLinks) {
+  fs::create_symlink("other", file);
+  fs::create_symlink("file", folder / "other");
+  write(folder / abandoned, "half");
+  EXPECT_EQ(setAside(file, ".old").error().reason, std::errc::too_many_symbolic_link_levels);
+  EXPECT_EQ(removeFile(file).error().reason, std::errc::too_many_symbolic_link_levels);
+  removeAbandonedReplacements(file);  // nobody knows in which folder
+  EXPECT_THAT(names(), ElementsAre(abandoned, "file", "other"));
+}
+
 }  // namespace
 }  // namespace kestrel

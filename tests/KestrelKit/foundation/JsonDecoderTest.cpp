@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -444,6 +445,14 @@ TEST(JsonDecoder, readsAnyLiteralAsItsNearestFloat) {
     EXPECT_NE(errorOf<double>(json), "none") << json;
   }
   EXPECT_EQ(errorOf<double>("1e400"), "1e400 is too large for a 64-bit float");
+}
+
+TEST(JsonDecoder, refusesADocumentOf4GiBUnread) {
+  constexpr std::size_t size = std::size_t{1} << 32U;
+  void* const memory = mmap(nullptr, size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  ASSERT_NE(memory, MAP_FAILED);
+  EXPECT_EQ(errorOf<Anything>({static_cast<const char*>(memory), size}), "the document is too large");
+  munmap(memory, size);
 }
 
 // What the number `literal` is by RFC 8259 and the C library; absent when it is none, or not of that type.

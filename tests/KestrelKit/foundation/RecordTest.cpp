@@ -415,5 +415,19 @@ TEST(Record, readsBackEveryRecordItWrites) {
   }));
 }
 
+// Whose fields are more than the bits that tell which of them were there.
+struct Overfull {
+  bool field = false;
+
+  static JsonFields jsonFields() {
+    static const std::vector<JsonField> fields(65, kestrel::field<&Overfull::field>("field"));
+    return fields;
+  }
+};
+
+TEST(RecordDeathTest, ofMoreThan64FieldsStops) {
+  EXPECT_DEATH(static_cast<void>(decoder.decode<Overfull>("{}")), "a record declares more than 64 fields");
+}
+
 }  // namespace
 }  // namespace kestrel

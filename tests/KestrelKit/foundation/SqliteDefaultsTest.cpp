@@ -345,6 +345,25 @@ TEST_F(SqliteDefaultsTest, aDamagedPageIsSaidAndNotTakenForNothing) {
   EXPECT_EQ(suite->writeFailure(), "database disk image is malformed");
 }
 
+TEST_F(SqliteDefaultsTest, aTableThatIsDamagedMeanwhileIsSaidAndNotTakenForNothing) {
+  write(file_, "");
+  const Suite suite = opened();
+  ASSERT_TRUE(set(*opened(), "key", "value"));
+  run(file_, "PRAGMA writable_schema = ON; UPDATE sqlite_schema SET sql = 'CREATE TABLE nonsense'");
+  EXPECT_EQ(suite->value("key"), std::nullopt);
+  ASSERT_NE(suite->readFailure(), std::nullopt);
+  EXPECT_EQ(suite->readFailure()->find("malformed database schema (defaults)"), 0U) << *suite->readFailure();
+  EXPECT_FALSE(set(*suite, "key", "next"));
+  EXPECT_EQ(suite->writeFailure(), suite->readFailure());
+  bool wasAsked = false;
+  EXPECT_FALSE(suite->update("key", [&](const auto&) {
+    wasAsked = true;
+    return PropertyValue("next");
+  }));
+  EXPECT_FALSE(wasAsked) << "what is stored is not known";
+  EXPECT_EQ(suite->writeFailure(), suite->readFailure());
+}
+
 TEST_F(SqliteDefaultsTest, aTableThatIsNotOursIsSaidAndNotTakenForNothing) {
   const std::pair<const char*, const char*> rows[] = {
       {"DROP TABLE defaults; CREATE TABLE other (key)", "no such table: defaults"},

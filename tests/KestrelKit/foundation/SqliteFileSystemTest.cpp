@@ -8,9 +8,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <ios>
@@ -260,6 +262,36 @@ TEST_F(SqliteFileSystem, refusesAPipeInsteadOfWaitingForItsWriter) {
 TEST_F(SqliteFileSystem, refusesADeviceAlsoThroughALink) {
   std::filesystem::create_symlink("/dev/zero", path);
   EXPECT_EQ(opening(), SQLITE_CANTOPEN);
+}
+
+TEST_F(SqliteFileSystem, isThePlatformsInAllElse) {
+  const auto connection = open(writable);
+  const std::time_t before = std::time(nullptr);
+  const int now = number(connection, "SELECT strftime('%s', 'now')");
+  EXPECT_LE(before, now);
+  EXPECT_LE(now, std::time(nullptr));
+
+  sqlite3_vfs* const system = sqlite3_vfs_find("kestrel");
+  double day = 0;  // since noon of the first day of the Julian period
+  EXPECT_EQ(system->xCurrentTime(system, &day), SQLITE_OK);
+  EXPECT_NEAR((day - 2'440'587.5) * 86'400, now, 60);
+
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(system->xSleep(system, 1'500), 1'500);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::microseconds(1'500));
+
+  sqlite3_enable_load_extension(connection.get(), 1);
+  const auto loading = [&](const std::string& library) {
+    char* message = nullptr;
+    const int result = sqlite3_load_extension(connection.get(), library.c_str(), nullptr, &message);
+    const std::string text = message == nullptr ? "" : message;
+    sqlite3_free(message);
+    return std::pair(result, text);
+  };
+  const auto [none, why] = loading(folder / "none.so");
+  EXPECT_EQ(none, SQLITE_ERROR);
+  EXPECT_NE(why.find("No such file or directory"), std::string::npos) << why;
+  EXPECT_EQ(loading("libm.so.6").first, SQLITE_ERROR) << "is a library, but no extension";
 }
 
 }  // namespace

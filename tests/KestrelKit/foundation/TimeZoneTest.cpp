@@ -211,7 +211,9 @@ TEST(TimeZone, currentReadsEveryFormOfTheVariable) {
   EXPECT_EQ(ofVariable("FOO8BAR").stretchAt(july).offset, -7h);
   EXPECT_EQ(ofVariable("<-03>3").stretchAt(july).offset, -3h);
   for (const char* none : {"", ":", "garbage/ and more", "X", "EST", "/etc/passwd", "/dev/zero", "/", "EST5EDT,", "EST25",
-                           "EST5EDT,M3.2.0", "EST5EDT,M13.2.0,M11.1.0", "EST5EDT,J0,J1", "EST5EDT,M3.2.0/168,M11.1.0"}) {
+                           "EST5EDT,M3.2.0", "EST5EDT,M13.2.0,M11.1.0", "EST5EDT,J0,J1", "EST5EDT,M3.2.0/168,M11.1.0",
+                           "EST5,M3.2.0,M11.1.0", "EST5EDT:", "EST5EDT25,M3.2.0,M11.1.0", "EST5EDT,M3.2,M11.1.0",
+                           "EST5EDT,M3.6.0,M11.1.0", "EST5EDT,M3.2.7,M11.1.0", "EST5EDT,M3.2.0,M11.1.0,", "<-03"}) {
     const auto expected = std::string_view(none) == "EST" ? -5h : 0h;
     EXPECT_EQ(ofVariable(none).stretchAt(july).offset, expected) << none;
   }
@@ -221,6 +223,25 @@ TEST(TimeZone, withoutTheVariableItIsTheSystems) {
   unsetenv("TZ");
   const sys_seconds july = sys_days{2025y / July / 1};
   EXPECT_EQ(TimeZone::current().stretchAt(at(july)).offset, offsetOfTheCLibrary(july));
+}
+
+TEST(TimeZone, zonesAreThoseOfAnotherFolderWhereThatIsChosen) {
+  const std::filesystem::path folder = testing::TempDir() + "kestrel-zones-" + std::to_string(getpid());
+  std::filesystem::create_directories(folder / "Here");
+  std::filesystem::copy_file("/usr/share/zoneinfo/Asia/Tokyo", folder / "Here/There");
+  const Instant july = at(sys_days{2025y / July / 1});
+  EXPECT_FALSE(TimeZone::named("Here/There").has_value());
+  setenv("TZDIR", folder.c_str(), 1);
+  const auto chosen = TimeZone::named("Here/There");
+  const auto usual = TimeZone::named("Europe/Berlin");
+  EXPECT_EQ(ofVariable("Here/There").stretchAt(july).offset, 9h);
+  setenv("TZDIR", "", 1);
+  EXPECT_TRUE(TimeZone::named("Europe/Berlin").has_value());
+  unsetenv("TZDIR");
+  std::filesystem::remove_all(folder);
+  ASSERT_TRUE(chosen.has_value());
+  EXPECT_EQ(chosen->stretchAt(july).offset, 9h);
+  EXPECT_FALSE(usual.has_value());
 }
 
 /// Writes `content` to a file of its own and takes it for the zone of `TZ`.
@@ -239,8 +260,8 @@ class DamagedZoneFile : public testing::Test {
     return content;
   }
 
- private:
-  std::filesystem::path file_ = testing::TempDir() + "kestrel-zone-" + std::to_string(getpid());
+ protected:
+  const std::filesystem::path file_ = testing::TempDir() + "kestrel-zone-" + std::to_string(getpid());
 };
 
 TEST_F(DamagedZoneFile, wholeCopyElsewhereIsReadAsTheZone) {
@@ -268,6 +289,25 @@ TEST_F(DamagedZoneFile, thatCountsLeapSecondsIsNone) {
   }
   ASSERT_EQ(content[place], '\n');
   EXPECT_EQ(zoneOf(content).stretchAt(at(sys_days{2025y / July / 1})).offset, 0s);
+}
+
+TEST_F(DamagedZoneFile, thatIsLargerThanAnyZoneIsNone) {
+  constexpr std::size_t largest = 1 << 20;
+  std::string content = berlin();
+  content.resize(largest, ' ');  // which makes the rule for later years none
+  EXPECT_NE(zoneOf(content).stretchAt(at(sys_days{2025y / July / 1})).offset, 0s);
+  EXPECT_EQ(zoneOf(content + ' ').stretchAt(at(sys_days{2025y / July / 1})).offset, 0s);
+}
+
+TEST_F(DamagedZoneFile, thatItsUserMayNotReadIsNone) {
+  zoneOf(berlin());
+  std::filesystem::permissions(file_, std::filesystem::perms::none);
+  const uid_t user = geteuid();
+  constexpr uid_t nobody = 65'534;
+  ASSERT_EQ(user == 0 ? seteuid(nobody) : 0, 0);
+  const auto offset = ofVariable(file_.c_str()).stretchAt(at(sys_days{2025y / July / 1})).offset;
+  EXPECT_EQ(seteuid(user), 0);
+  EXPECT_EQ(offset, 0s);
 }
 
 TEST_F(DamagedZoneFile, truncatedAnywhereNeverCrashes) {
