@@ -570,10 +570,10 @@ struct JsonReader::Place {
     while (true) {
       visit(place);
       place.finish();
-      if (document.failed()) {
+      if (document.failed()) [[unlikely]] {
         return;
       }
-      if (place.isRemarked()) {
+      if (place.isRemarked()) [[unlikely]] {
         if (auto note = place.takeNote(); note && !isWrong()) {
           place.prependStep(note->path);
           document.notes.push_back(*std::move(note));
@@ -590,7 +590,7 @@ struct JsonReader::Place {
 
   // Reads over the value unless it was taken, with the same care.
   void finish() {
-    if (taken || document.failed()) {
+    if (taken || document.failed()) [[likely]] {
       return;
     }
     switch (kind()) {
@@ -627,7 +627,7 @@ struct JsonReader::Place {
 
   // The key of a member, and the colon behind it; `likely` is what it likely is.
   bool takeKey(std::string_view likely, std::string_view& found) {
-    if (!document.isMember(document.next, likely)) {
+    if (!document.isMember(document.next, likely)) [[unlikely]] {
       return takeAnyKey(found);
     }
     found = likely;
@@ -658,7 +658,7 @@ struct JsonReader::Place {
   // Behind a member or element: whether another one follows. If not, `close` does, or the document fails.
   bool isFollowed(char close) {
     const char c = document.first(document.next);
-    if (c != ',' && c != close) {
+    if (c != ',' && c != close) [[unlikely]] {
       document.fail(document.place(document.next));
       return false;
     }
@@ -739,10 +739,10 @@ void JsonReader::Place::takeMembers(Visit visit, LikelyKey likelyKey) {
     place.goOn();
     visit(place);
     place.finish();
-    if (document.failed()) {
+    if (document.failed()) [[unlikely]] {
       return;
     }
-    if (place.isRemarked() || !noted.empty()) {
+    if (place.isRemarked() || !noted.empty()) [[unlikely]] {
       noted.take(place);
     }
   } while (isFollowed('}'));
@@ -781,9 +781,21 @@ constexpr std::string_view nameOf(JsonReader::Kind kind) noexcept {
   std::unreachable();
 }
 
-// Two texts are mostly the same one here, and need not be compared.
-bool isSame(std::string_view one, std::string_view other) noexcept {
-  return one.size() == other.size() && (one.data() == other.data() || one == other);
+// The place of the field of `key`, which is mostly the text itself of the likely one and otherwise one soon
+// behind it; behind the last, where there is none.
+std::size_t fieldOf(std::string_view key, JsonFields fields, std::size_t likely) noexcept {
+  if (likely < fields.size() && fields[likely].key.data() == key.data()) [[likely]] {
+    return likely;
+  }
+  const auto firstOf = [key](JsonFields some) {
+    return static_cast<std::size_t>(std::ranges::find(some, key, &JsonField::key) - some.begin());
+  };
+  const std::size_t ahead = likely + firstOf(fields.subspan(likely));
+  if (ahead < fields.size()) {
+    return ahead;
+  }
+  const std::size_t before = firstOf(fields.first(likely));
+  return before < likely ? before : fields.size();
 }
 
 std::string expected(std::string_view what, JsonReader::Kind found) {
@@ -815,7 +827,9 @@ bool JsonReader::read(double& value) {
     refuse(expected("a number", kind()));
     return false;
   }
-  const auto decimal = shortDecimal(place_->takeToken());
+  constexpr std::size_t longestExact = 17;  // mostly: 2^53 has 16 digits, and there is a point
+  const std::string_view token = place_->takeToken();
+  const auto decimal = token.size() <= longestExact ? shortDecimal(token) : std::nullopt;
   if (decimal && isExact(*decimal)) {
     value = nearestFloat(*decimal);
     return true;
@@ -835,7 +849,7 @@ bool JsonReader::read(double& value) {
 
 bool JsonReader::read(std::int64_t& value) {
   value = place_->document.shortInteger(place_->token);
-  if (value == notShort) {
+  if (value == notShort) [[unlikely]] {
     return readLong(value);
   }
   place_->take();
@@ -928,16 +942,14 @@ std::optional<JsonReader::FieldSet> JsonReader::members(JsonFields fields, void*
   std::size_t likely = 0;  // keys mostly come in the order of the declaration
   place_->takeMembers(
       [&](Place& member) {
-        for (std::size_t tried = 0; tried < fields.size(); ++tried) {
-          const std::size_t place = std::exchange(likely, likely + 1 < fields.size() ? likely + 1 : 0);
-          const std::string_view key = fields[place].key;
-          if (isSame(key, member.key)) {
-            seen |= FieldSet{1} << place;
-            JsonReader reader{member};
-            fields[place].read(reader, record);
-            return;
-          }
+        const std::size_t place = fieldOf(member.key, fields, likely);
+        if (place == fields.size()) [[unlikely]] {
+          return;
         }
+        likely = place + 1 < fields.size() ? place + 1 : 0;
+        seen |= FieldSet{1} << place;
+        JsonReader reader{member};
+        fields[place].read(reader, record);
       },
       [&] { return fields.empty() ? std::string_view{} : fields[likely].key; });
   if (isWrong()) {
