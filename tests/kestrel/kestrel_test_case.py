@@ -171,6 +171,16 @@ class KestrelTestCase(unittest.TestCase):
         self.assertTrue(os.WIFSTOPPED(os.waitpid(process.pid, os.WUNTRACED)[1]), "it did not stop")
         return process
 
+    def on_a_small_disk(self, folder, script, *arguments):
+        """Runs the shell script where a disk of 64 KiB lies on the folder, its first argument, for it alone."""
+        mounting = 'mount -t tmpfs -o size=64k kestrel-test "$1" || exit 77\n'
+        namespace = ["--mount"] if os.geteuid() == 0 else ["--mount", "--map-root-user"]
+        done = subprocess.run(["unshare", *namespace, "sh", "-c", mounting + script, "sh", folder, *arguments],
+                              capture_output=True, encoding="utf-8", check=False)
+        if done.returncode == 77 or done.stderr.startswith("unshare:"):
+            self.skipTest("no file system can be mounted here")
+        return done
+
     def assert_refused(self, done, status, message):
         self.assertEqual((done.returncode, done.stdout, done.stderr), (status, "", f"kestrel: {message}\n"))
 
