@@ -7,6 +7,7 @@ import pathlib
 import re
 import statistics
 import subprocess
+import tempfile
 import unittest
 import zoneinfo
 
@@ -25,8 +26,10 @@ def run(command):
                    "LC_ALL": "C.UTF-8", "TZ": "Europe/Berlin"}
     if "ASAN_OPTIONS" in os.environ:
         environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
-    done = subprocess.run(["sh", "-c", command], cwd=EXAMPLES, env=environment, stdout=subprocess.PIPE,
-                          stderr=subprocess.STDOUT, encoding="utf-8", timeout=300, check=False)
+    with tempfile.TemporaryDirectory() as folder:
+        done = subprocess.run(["sh", "-c", command], cwd=EXAMPLES, env={**environment, "TMPDIR": folder},
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, encoding="utf-8", timeout=300,
+                              check=False)
     if done.returncode != 0:
         raise AssertionError(f"{command.strip()}\nended with status {done.returncode}:\n{done.stdout}")
     return done.stdout
