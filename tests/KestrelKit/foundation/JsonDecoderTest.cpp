@@ -603,6 +603,25 @@ TEST(JsonDecoder, findsWhatIsWrongInAListOfIntegersWhereItStands) {
             "[1][2]: expected an integer, found text");
 }
 
+TEST(JsonDecoder, readsListsOfIntegersOfEveryLength) {
+  using Integers = std::vector<std::int64_t>;
+  for (std::int64_t size = 1; size <= 100; ++size) {
+    Integers list;
+    std::string json = "[";
+    std::string wrong = "[";
+    for (std::int64_t element = 0; element < size; ++element) {
+      const std::string before = element == 0 ? "" : ",";
+      list.push_back(element * element);
+      json += before + std::to_string(element * element);
+      wrong += before + (element == size - 1 ? "null,7" : "1");
+    }
+    EXPECT_EQ(decoder.decode<Integers>(json + "]"), list);
+    EXPECT_EQ(decoder.decode<Integers>(json + "        ]"), list);
+    EXPECT_EQ(errorOf<Integers>(wrong + "]"),
+              "[" + std::to_string(size - 1) + "]: expected an integer, found null");
+  }
+}
+
 // The key that the declaration lets expect, and those that look like it.
 TEST(JsonDecoder, takesKeysHoweverTheyAreWritten) {
   const Ring ring{.date = "d", .number = 5};
